@@ -1,0 +1,78 @@
+#include "extractor_base.h"
+
+extractor_base::extractor_base(QWidget* parent) : QWidget(parent), elapsed_timer(new QElapsedTimer())
+{
+}
+
+extractor_base::~extractor_base()
+{
+    delete elapsed_timer;
+}
+
+void extractor_base::store_destination(QString result_dir, QString tmp_dir, QString db_path)
+{
+    destination_result_dir = result_dir;
+    destination_tmp_dir = tmp_dir;
+    destination_db_path = db_path;
+}
+
+void extractor_base::store_source_texts(const struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info& info)
+{
+    source_root = info.source_path_1;
+    source_type = info.source_path_2;
+    os_scheme_display = info.os_scheme_display;
+}
+
+void extractor_base::run_extraction()
+{
+    elapsed_timer->start();
+    extract_plugin_artifacts();
+    emit_records_signal(record_count);
+}
+
+bool extractor_base::extraction_allowed() const
+{
+    return static_cast<unsigned int>(engine_type) <= 2 && !selected_tables.isEmpty();
+}
+
+void extractor_base::count_inserted_row()
+{
+    ++record_count;
+    if (!elapsed_timer->isValid()) {
+        elapsed_timer->start();
+        return;
+    }
+    if (elapsed_timer->elapsed() > 1000) {
+        emit_records_signal(record_count);
+        elapsed_timer->restart();
+    }
+}
+
+void extractor_base::finish_table()
+{
+    emit_records_signal(record_count);
+    ++tabs_processed_count;
+    emit_tabs_signal(tabs_processed_count);
+}
+
+QStringList extractor_base::distinct_non_empty(const QStringList& names)
+{
+    QStringList kept;
+    for (const QString& name : names) {
+        if (!name.isEmpty() && !kept.contains(name))
+            kept << name;
+    }
+    return kept;
+}
+
+QStringList extractor_base::account_names(const struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info& info,
+                                          bool with_second_names)
+{
+    QStringList names;
+    for (const auto& account : info.system_account_QList) {
+        names << account.system_user;
+        if (with_second_names)
+            names << account.domain_user;
+    }
+    return names;
+}

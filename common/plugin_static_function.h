@@ -1,0 +1,114 @@
+#pragma once
+
+// Static services shared by the controller and every extractor: run state,
+// the debug log, SQL helpers, value conversions and source-path helpers.
+// Nothing here throws; bad input degrades to an empty result.
+
+#include <QDateTime>
+#include <QFile>
+#include <QList>
+#include <QSqlDatabase>
+#include <QString>
+#include <QStringList>
+
+#include "host_context_records.h"
+
+class plugin_static_function
+{
+public:
+    // ---- run state and host context ------------------------------------
+    static void set_essentials();
+    static void set_engine_type(int type);
+    static void set_source_info(struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info info);
+    static void set_general_info(struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_general_info info);
+    static void set_desktop_info(struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_desktop_info info);
+    static void set_source_count(int count);
+    static QString get_source_count_name();
+    static void set_cancel_extraction(bool status);
+    static void clear_variables_quarl_and_artifact_common_source_info(
+        struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info& info);
+    static void clear_variables_quarl_and_artifact_common_desktop_info(
+        struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_desktop_info& info);
+    static void clear_variables_quarl_and_artifact_common_general_info(
+        struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_general_info& info);
+    static QString get_source_os_scan_version(QString os_scheme_internal);
+
+    // ---- debug log -------------------------------------------------------
+    static void app_debug(QString message, QString function);
+    static void open_debug_file();
+    static void close_debug_file();
+    static QString encrypt_string(QString text, QString function);
+
+    // ---- SQL helpers -----------------------------------------------------
+    static bool execute_db_command_by_dbpath(QString command, QString db_path, QString caller);
+    static bool execute_db_command_with_addbindvalue_by_dbpath(QString command, QStringList values,
+                                                               QString db_path, QString caller);
+    static bool execute_db_command_by_dbreference(QString command, QSqlDatabase& db, QString caller);
+    static bool execute_db_command_with_addbindvalue_by_dbreference(QString command, QStringList values,
+                                                                    QSqlDatabase& db, QString caller);
+    static QStringList get_stringlist_from_db_by_dbpath(QString command, int column, QString db_path,
+                                                        QString caller);
+    static QStringList get_stringlist_from_db_with_addbindvalues_by_dbpath(QString command, QStringList values,
+                                                                           int column, QString db_path,
+                                                                           QString caller);
+    static QStringList get_stringlist_from_db_by_dbreference(QString command, int column, QSqlDatabase& db,
+                                                             QString caller);
+    static QStringList get_stringlist_from_db_with_addbindvalues_by_dbreference(QString command,
+                                                                                QStringList values, int column,
+                                                                                QSqlDatabase& db, QString caller);
+    static bool check_value_existence_in_db_by_dbreference(QString command, int column, QString value,
+                                                           QSqlDatabase db);
+    static QStringList get_total_tables_list_by_dbpath(QString db_path, QString caller);
+
+    // ---- time and value conversion ---------------------------------------
+    static QString get_human_readable_time(QString seconds);
+    static QString human_readable_size(QString bytes);
+    static QString mining_suffix(QString path);
+    static QString mining_size(QString path);
+    // which: "birth" (or "creation"), "modification", "access"
+    static QString get_posix_timestamp(QString path, QString which);
+    static QDateTime get_datetime_from_string_with_iso_date(QString text);
+    static QString convert_apple_time_to_epoch(QString value);
+    static QString convert_google_time_to_epoch(QString value);
+    static QString convert_timestamp_to_human_readable_in_UTC(QString value);
+    static QString convert_human_readable_to_epoch_1(QString value);
+    static QString convert_human_readable_to_epoch_2(QString value);
+    static QString convert_human_readable_to_epoch_3(QString value);
+    static QString convert_timezone_to_seconds(QString value);
+    static QString convert_T_Z_time_to_epoch(QString value);
+    static QString get_filtered_number_value(QString value);
+    static QString get_filtered_boolean_value(QString value);
+    static QString get_filtered_cfstring_value(QString value);
+    static QString get_filtered_wherefrom_value(QString value);
+    static QString get_filtered_string_value(QString value);
+    static QString get_filtered_date_value(QString value);
+
+    // ---- source paths and file helpers -----------------------------------
+    static QString get_available_file(QString file_path, QString directory, QString caller);
+    static bool is_file_exist_in_dir(QString directory, QString file_name);
+    // [0] the path made relative, [1] the path as given for home-directory sources, else empty
+    static QStringList get_final_artifact_source_file(QString path, QString prefix, QString source_type);
+    static QString get_relative_file_path(QString path, QString prefix, QString source_type);
+    static QString get_complete_file_path(QString path, QString user, QString source_type);
+    static QString extract_user_name_from_sourcefile(QString path, QString prefix);
+    // The whole account record whose name (either of its two) names the home
+    // folder holding the path; empty record when none matches.
+    static struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account
+    extract_account_from_sourcefile(QString path, QString prefix);
+    static void copy_directory(QString source, QString destination);
+    static void remove_directory(QString path);
+    static QList<QString> get_unmatched_varible_list_of_parentlist(QList<QString> parent, QList<QString> other);
+
+    // ---- static run state --------------------------------------------------
+    static QString source_os_version_full;
+    static QList<struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account> system_account_QList;
+    static int source_count_int;
+    static bool bool_cancel_extraction;
+    static int type_engine_int;
+    static bool debug_mode_status_bool;
+    static bool debug_print_in_file_bool;
+    static bool debug_print_on_terminal_bool;
+    static bool debug_encryption_status_bool;
+    static QString debug_file_path_QString;
+    static QFile debug_file_regular_QFile;
+};

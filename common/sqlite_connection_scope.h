@@ -1,0 +1,31 @@
+#pragma once
+
+// Owns one named QSQLITE connection for the length of a scope. Any earlier
+// connection of the same name is dropped first, and on leaving the scope the
+// connection is closed and removed from Qt's registry, after every handle to
+// it is gone, so no "connection still in use" warnings and no leaked names.
+
+#include <QSqlDatabase>
+#include <QString>
+
+class sqlite_connection_scope
+{
+public:
+    sqlite_connection_scope(const QString& connection_name, const QString& database_path);
+    ~sqlite_connection_scope();
+
+    sqlite_connection_scope(const sqlite_connection_scope&) = delete;
+    sqlite_connection_scope& operator=(const sqlite_connection_scope&) = delete;
+
+    bool open();
+    // Opens an evidence working copy read-only; SQLite still replays a -wal
+    // companion that sits beside the copy.
+    bool open_read_only();
+    QSqlDatabase& db() { return m_db; }
+    QString last_error_text() const;
+    const QString& name() const { return m_name; }
+
+private:
+    QString m_name;
+    QSqlDatabase m_db;
+};

@@ -1,0 +1,57 @@
+#include "source_layout.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace source_layout {
+
+namespace {
+
+bool has_dir(const QDir& root, const QString& relative)
+{
+    return QFileInfo(root.filePath(relative)).isDir();
+}
+
+// True when some folder under Users/ holds the given relative path.
+bool any_user_has(const QDir& root, const QString& relative)
+{
+    const QDir users(root.filePath("Users"));
+    if (!users.exists())
+        return false;
+    for (const QString& name : users.entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden)) {
+        if (QFileInfo(users.filePath(name + "/" + relative)).isDir())
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+QString detect_os_scheme(const QString& source_root)
+{
+    const QDir root(source_root);
+    if (has_dir(root, "apps/org.videolan.vlc") || has_dir(root, "data/data/org.videolan.vlc")
+        || (has_dir(root, "apps") && has_dir(root, "shared")))
+        return "androidOS";
+    if (any_user_has(root, "AppData") || has_dir(root, "Windows/System32"))
+        return "winOS";
+    if (any_user_has(root, "Library") || has_dir(root, "System/Library"))
+        return "macOS";
+    return QString();
+}
+
+QStringList default_users(const QString& source_root, const QString& os_scheme)
+{
+    if (os_scheme != "macOS" && os_scheme != "winOS")
+        return {};
+    static const QStringList not_accounts = {"Shared", "Public", "Default", "Default User", "All Users", "Guest"};
+    const QDir users(QDir(source_root).filePath("Users"));
+    QStringList names;
+    for (const QString& name : users.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+        if (!not_accounts.contains(name) && !name.startsWith('.'))
+            names << name;
+    }
+    return names;
+}
+
+}  // namespace source_layout

@@ -1,0 +1,11 @@
+#include "sample_trees.h"
+
+QList<sample_tree> sample_trees()
+{
+    return {
+        {"macOS", "macos", {"alice", "bob"}, write_macos_sample_tree},
+        {"winOS", "windows", {"carol", "dave"}, write_windows_sample_tree},
+        {"androidOS", "android", {}, write_android_sample_tree},
+        {"iOS_UID", "ios", {}, write_ios_sample_tree},
+    };
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+// The sample evidence trees: one per scheme, written by our own generators.
+// The host program's demo, the end-to-end tests and the benchmarks all use
+// these; each extractor adds what its scheme's tree must hold.
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+struct sample_tree
+{
+    QString os_scheme;       // "macOS", "winOS", "androidOS", "iOS_UID"
+    QString folder_name;     // folder of the tree below the samples folder
+    QStringList users;       // accounts the host passes for this tree
+    // Writes the tree below root (which exists and is empty); false with a
+    // reason when something could not be written.
+    std::function<bool(const QString& root, QString* error)> write;
+};
+
+// Every scheme's sample, in a fixed order.
+QList<sample_tree> sample_trees();
+
+// Writers of each scheme's sample tree (one file each).
+bool write_macos_sample_tree(const QString& root, QString* error);
+bool write_windows_sample_tree(const QString& root, QString* error);
+bool write_android_sample_tree(const QString& root, QString* error);
+bool write_ios_sample_tree(const QString& root, QString* error);

@@ -1,0 +1,36 @@
+#include "tree_writer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace tree_writer {
+
+bool write_file(const QString& root, const QString& relative, const QByteArray& data, QString* error)
+{
+    const QString path = QDir(root).filePath(relative);
+    if (!QDir().mkpath(QFileInfo(path).absolutePath())) {
+        if (error)
+            *error = "cannot make the folder of " + path;
+        return false;
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || file.write(data) != data.size()) {
+        if (error)
+            *error = "cannot write " + path + ": " + file.errorString();
+        return false;
+    }
+    return true;
+}
+
+bool make_dir(const QString& root, const QString& relative, QString* error)
+{
+    const QString path = QDir(root).filePath(relative);
+    if (QDir().mkpath(path))
+        return true;
+    if (error)
+        *error = "cannot make " + path;
+    return false;
+}
+
+}  // namespace tree_writer

@@ -1,0 +1,43 @@
+#pragma once
+
+// Extractor of a Windows source: per-user discovery, jump-list recents,
+// playlists, the cover-art cache and podcasts.
+
+#include "extractor_base.h"
+
+class vlc_winos : public extractor_base
+{
+    Q_OBJECT
+public:
+    explicit vlc_winos(QWidget* parent = nullptr);
+    ~vlc_winos() override;
+
+    void winos_set_plugin_helper_obj(plugin_helper_functions* helper) { helper_obj = helper; }
+    void winos_set_record_count(qint64 count) { record_count = count; }
+    void winos_set_tab_processed_count(int count) { tabs_processed_count = count; }
+    void winos_set_desktop_info(struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_desktop_info) {}
+    void winos_set_general_info(struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_general_info) {}
+    void winos_set_source_info(struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info info);
+    void winos_set_essentials() { cancel_requested = false; }
+    void winos_find_artifacts_source() { find_source_file(); }
+    void winos_extract_artifacts() { run_extraction(); }
+    void winos_set_plugin_name(QString name) { store_plugin_name(name); }
+    void winos_set_destination_location(QString result_dir, QString tmp_dir, QString db_path)
+    {
+        store_destination(result_dir, tmp_dir, db_path);
+    }
+    void winos_set_essential_for_quarl_desk_extraction(QList<QString> tables) { selected_tables = tables; }
+    void winos_set_engine_type(int type) { engine_type = type; }
+    void winos_cancel_extraction() { cancel_requested = true; }
+    void winos_set_source_count(int count) { source_count = count; }
+
+signals:
+    void signal_extracted_records_of_plugin_winos(qint64 count);
+    void signal_total_tabs_processed_winos(int count);
+
+protected:
+    void emit_records_signal(qint64 count) override { emit signal_extracted_records_of_plugin_winos(count); }
+    void emit_tabs_signal(int count) override { emit signal_total_tabs_processed_winos(count); }
+    void find_source_file() override;
+    void extract_plugin_artifacts() override;
+};
