@@ -1,0 +1,192 @@
+#include "test_support.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QUuid>
+
+namespace test_support {
+
+QString shared_fixtures_dir()
+{
+    return QDir::cleanPath(QStringLiteral(VLC_TEST_SOURCE_DIR) + "/../shared/fixtures");
+}
+
+QString plugin_library_path()
+{
+    return QStringLiteral(VLC_TEST_PLUGIN_PATH);
+}
+
+QString host_program_path()
+{
+    return QStringLiteral(VLC_TEST_HOST_PATH);
+}
+
+QString source_dir()
+{
+    return QStringLiteral(VLC_TEST_SOURCE_DIR);
+}
+
+process_result run_host(const QStringList& arguments, int timeout_ms)
+{
+    process_result result;
+    QProcess process;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    env.insert("VLC_ARTIFACTS_PLUGIN", plugin_library_path());
+    process.setProcessEnvironment(env);
+    process.start(host_program_path(), arguments);
+    result.finished = process.waitForFinished(timeout_ms);
+    if (!result.finished)
+        process.kill();
+    process.waitForFinished(5000);
+    result.exit_code = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    result.out = QString::fromLocal8Bit(process.readAllStandardOutput());
+    result.err = QString::fromLocal8Bit(process.readAllStandardError());
+    return result;
+}
+
+namespace {
+
+template <typename Work>
+void with_read_only_db(const QString& database_path, Work work)
+{
+    const QString name = "test_support " + QUuid::createUuid().toString();
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", name);
+        db.setDatabaseName(database_path);
+        db.setConnectOptions("QSQLITE_OPEN_READONLY");
+        if (db.open())
+            work(db);
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+}
+
+}  // namespace
+
+QList<QVariantList> query_rows(const QString& database_path, const QString& statement)
+{
+    QList<QVariantList> rows;
+    with_read_only_db(database_path, [&](QSqlDatabase& db) {
+        QSqlQuery query(db);
+        if (!query.exec(statement))
+            return;
+        while (query.next()) {
+            QVariantList row;
+            for (int i = 0; i < query.record().count(); ++i)
+                row << query.value(i);
+            rows << row;
+        }
+    });
+    return rows;
+}
+
+qint64 count_rows(const QString& database_path, const QString& table)
+{
+    const auto rows = query_rows(database_path, "SELECT count(*) FROM " + table);
+    return rows.isEmpty() ? -1 : rows.first().first().toLongLong();
+}
+
+QString dump_table(const QString& database_path, const QString& table, const QStringList& masked)
+{
+    QString text;
+    with_read_only_db(database_path, [&](QSqlDatabase& db) {
+        QSqlQuery query(db);
+        if (!query.exec("SELECT * FROM " + table + " ORDER BY INT")) {
+            text = "cannot read " + table + "\n";
+            return;
+        }
+        while (query.next()) {
+            QStringList cells;
+            const QSqlRecord record = query.record();
+            for (int i = 0; i < record.count(); ++i) {
+                const QString column = record.fieldName(i);
+                const QVariant value = query.value(i);
+                if (value.isNull())
+                    continue;  // NULL columns are left out to keep lines short
+                const QString shown = (column == "INT" || masked.contains(column)) ? QString("*") : value.toString();
+                cells << column + "=" + shown;
+            }
+            text += cells.join("|") + "\n";
+        }
+    });
+    return text;
+}
+
+QString compare_with_golden(const QString& name, const QString& text)
+{
+    const QString path = source_dir() + "/tests/golden/" + name;
+    if (qEnvironmentVariable("VLC_UPDATE_GOLDEN") == "1") {
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        QFile file(path);
+        if (file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+            file.write(text.toUtf8());
+        return QString();
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return "no golden file " + path + " (run with VLC_UPDATE_GOLDEN=1 to write it)";
+    const QStringList expected = QString::fromUtf8(file.readAll()).split('\n');
+    const QStringList actual = text.split('\n');
+    for (int i = 0; i < qMax(expected.size(), actual.size()); ++i) {
+        const QString e = i < expected.size() ? expected.at(i) : QString("<missing>");
+        const QString a = i < actual.size() ? actual.at(i) : QString("<missing>");
+        if (e != a)
+            return QString("%1 line %2:\n  expected: %3\n  actual:   %4").arg(name).arg(i + 1).arg(e, a);
+    }
+    return QString();
+}
+
+QMap<QString, QByteArray> snapshot_tree(const QString& root)
+{
+    QMap<QString, QByteArray> snapshot;
+    QDirIterator walk(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                      QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        walk.next();
+        const QFileInfo info = walk.fileInfo();
+        QByteArray fact = QByteArray::number(info.size()) + ":"
+                          + QByteArray::number(info.lastModified().toMSecsSinceEpoch()) + ":";
+        if (info.isSymLink()) {
+            fact += "link:" + info.symLinkTarget().toUtf8();
+        } else if (info.isFile()) {
+            QFile file(info.filePath());
+            QCryptographicHash hash(QCryptographicHash::Sha256);
+            if (file.open(QIODevice::ReadOnly))
+                hash.addData(&file);
+            fact += hash.result().toHex();
+        }
+        snapshot.insert(QDir(root).relativeFilePath(info.filePath()), fact);
+    }
+    return snapshot;
+}
+
+QStringList read_lines(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QStringList lines = QString::fromLocal8Bit(file.readAll()).split('\n');
+    if (!lines.isEmpty() && lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
+}
+
+QStringList log_messages(const QStringList& lines)
+{
+    QStringList messages;
+    for (const QString& line : lines) {
+        const int at = line.indexOf("]:-- ");
+        messages << (at >= 0 ? line.mid(at + 5) : line);
+    }
+    return messages;
+}
+
+}  // namespace test_support

@@ -1,0 +1,56 @@
+#pragma once
+
+// Helpers for tests: where the built artifacts and shared samples are, running
+// the host program, reading result databases, and snapshots of evidence trees.
+
+#include <QByteArray>
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+namespace test_support {
+
+// ../shared/fixtures beside the source tree (CI has shared/ beside the clone).
+QString shared_fixtures_dir();
+QString plugin_library_path();
+QString host_program_path();
+QString source_dir();
+
+struct process_result
+{
+    int exit_code = -1;
+    QString out;
+    QString err;
+    bool finished = false;
+};
+
+// Runs the host program with arguments; waits at most timeout_ms.
+process_result run_host(const QStringList& arguments, int timeout_ms = 300000);
+
+// Every row of a statement on a database opened read-only, values as text
+// (NULL as an empty QVariant).
+QList<QVariantList> query_rows(const QString& database_path, const QString& statement);
+qint64 count_rows(const QString& database_path, const QString& table);
+
+// One line per row: "col=value|col=value", columns in table order, the row
+// id and the columns in `masked` shown as "*". Rows in row-id order.
+QString dump_table(const QString& database_path, const QString& table, const QStringList& masked = {});
+
+// Compares text with tests/golden/<name>; with VLC_UPDATE_GOLDEN=1 in the
+// environment it rewrites the golden file instead. Returns an empty string on
+// a match, otherwise a readable difference.
+QString compare_with_golden(const QString& name, const QString& text);
+
+// Content hash, size and modification time of every entry below root
+// (links not followed), keyed by relative path.
+QMap<QString, QByteArray> snapshot_tree(const QString& root);
+
+// Lines of a plain debug log file.
+QStringList read_lines(const QString& path);
+
+// The message part of debug lines ("...]:-- message").
+QStringList log_messages(const QStringList& lines);
+
+}  // namespace test_support
