@@ -13,6 +13,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "encryptor_string.h"
@@ -255,8 +256,7 @@ int command_run(const QStringList& args)
     run_arguments parsed;
     QString problem;
     if (!parse_run_arguments(args, &parsed, &problem)) {
-        err(problem);
-        std::fputs(k_usage, stderr);
+        err(problem + " (see --help)");
         return k_exit_usage;
     }
     const int source_status = resolve_source(&parsed);
@@ -275,8 +275,7 @@ int command_demo(const QStringList& args)
         } else if (args.at(i) == "--plugin" && i + 1 < args.size()) {
             plugin_path = args.at(++i);
         } else {
-            err("unknown demo argument '" + args.at(i) + "'");
-            std::fputs(k_usage, stderr);
+            err("unknown demo argument '" + args.at(i) + "' (see --help)");
             return k_exit_usage;
         }
     }
@@ -314,8 +313,7 @@ int command_demo(const QStringList& args)
 int command_decipher(const QStringList& args)
 {
     if (args.size() != 1) {
-        err("decipher-log takes one file");
-        std::fputs(k_usage, stderr);
+        err("decipher-log takes one file (see --help)");
         return k_exit_usage;
     }
     QFile file(args.first());
@@ -348,18 +346,35 @@ int command_decipher(const QStringList& args)
 
 }  // namespace
 
+// Headless Qt wants a private runtime folder; without one it warns on every
+// start, which would clutter the one-line error contract of this program.
+void ensure_runtime_dir()
+{
+    if (!qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+        return;
+    const QByteArray dir = QDir::tempPath().toLocal8Bit() + "/runtime-" + QByteArray::number(uint(getuid()));
+    mkdir(dir.constData(), 0700);
+    chmod(dir.constData(), 0700);
+    qputenv("XDG_RUNTIME_DIR", dir);
+}
+
 int main(int argc, char** argv)
 {
     // The controller is a widget, so a QApplication is needed, but nothing is
     // ever shown: run without a display.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    ensure_runtime_dir();
     QApplication app(argc, argv);
 
     QStringList args = app.arguments().mid(1);
-    if (args.isEmpty() || args.first() == "--help" || args.first() == "-h") {
-        std::fputs(k_usage, args.isEmpty() ? stderr : stdout);
-        return args.isEmpty() ? k_exit_usage : k_exit_ok;
+    if (args.isEmpty()) {
+        err("no source given (see --help)");
+        return k_exit_usage;
+    }
+    if (args.first() == "--help" || args.first() == "-h") {
+        std::fputs(k_usage, stdout);
+        return k_exit_ok;
     }
     const QString command = args.first();
     if (command == "demo")
