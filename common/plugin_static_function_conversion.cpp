@@ -27,12 +27,26 @@ QString epoch_text(const QDateTime& moment)
     return QString::number(moment.toMSecsSinceEpoch() / 1000);
 }
 
+// The texts are UTC, so they are parsed as UTC from the start: read as local
+// time first, a moment inside the examiner's summer-time gap does not exist
+// and would be lost.
 QDateTime parse_as_utc(const QString& text, const QString& format)
 {
-    QDateTime moment = QDateTime::fromString(text, format);
-    if (moment.isValid())
-        moment.setTimeZone(QTimeZone::utc());
-    return moment;
+    return QDateTime::fromString(text + " UTC", format + " t");
+}
+
+// An ISO 8601 text; one without a zone of its own is UTC.
+QDateTime parse_iso_as_utc(const QString& iso)
+{
+    const QDateTime moment = QDateTime::fromString(iso, Qt::ISODate);
+    if (moment.isValid() && moment.timeSpec() != Qt::LocalTime)
+        return moment.toUTC();
+    const QDateTime as_utc = QDateTime::fromString(iso + "Z", Qt::ISODate);
+    if (as_utc.isValid())
+        return as_utc;
+    // A date alone ("2019-05-04") is the start of that day.
+    const QDate day = iso.size() == 10 ? QDate::fromString(iso, Qt::ISODate) : QDate();
+    return day.isValid() ? QDateTime(day, QTime(0, 0), QTimeZone::utc()) : QDateTime();
 }
 
 // "+05:30", "-0800", "+02" -> signed seconds east of UTC.
@@ -170,21 +184,13 @@ QDateTime plugin_static_function::get_datetime_from_string_with_iso_date(QString
     const QStringList pieces = text.trimmed().split(' ', Qt::SkipEmptyParts);
     QDateTime moment;
     if (pieces.size() >= 2) {
-        QString iso = pieces.at(0) + "T" + pieces.at(1);
+        const QString iso = pieces.at(0) + "T" + pieces.at(1);
         qint64 offset = 0;
-        if (pieces.size() >= 3 && zone_offset_seconds(pieces.at(2), &offset)) {
-            moment = QDateTime::fromString(iso, Qt::ISODate);
-            if (moment.isValid()) {
-                moment.setTimeZone(QTimeZone::utc());
-                moment = moment.addSecs(-offset);
-            }
-        } else {
-            moment = QDateTime::fromString(iso, Qt::ISODate);
-            if (moment.isValid())
-                moment.setTimeZone(QTimeZone::utc());
-        }
+        moment = parse_iso_as_utc(iso);
+        if (moment.isValid() && pieces.size() >= 3 && zone_offset_seconds(pieces.at(2), &offset))
+            moment = moment.addSecs(-offset);
     } else if (pieces.size() == 1) {
-        moment = QDateTime::fromString(pieces.at(0), Qt::ISODate).toUTC();
+        moment = parse_iso_as_utc(pieces.at(0));
     }
 
     app_debug("End ", signature);
