@@ -50,11 +50,17 @@ bool plugin_static_function::is_file_exist_in_dir(QString directory, QString fil
 {
     // The name is looked up directly rather than by listing the folder: the
     // answer is the same and does not grow with the number of earlier copies.
+    // Both spellings are looked up: a name from the evidence may carry
+    // blanks, and its own spelling is the one a copy would be written to.
     const QString wanted = file_name.trimmed();
     if (wanted.isEmpty() || bool_cancel_extraction || wanted.contains('/'))
         return false;
-    const QFileInfo entry(QDir(directory).filePath(wanted));
-    return entry.exists() || entry.isSymLink();
+    for (const QString& name : {wanted, file_name}) {
+        const QFileInfo entry(QDir(directory).filePath(name));
+        if (entry.exists() || entry.isSymLink())
+            return true;
+    }
+    return false;
 }
 
 QStringList plugin_static_function::get_final_artifact_source_file(QString path, QString prefix,
@@ -80,18 +86,15 @@ QString plugin_static_function::get_complete_file_path(QString path, QString use
     return with_leading_slash(path);
 }
 
-struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account
-plugin_static_function::extract_account_from_sourcefile(QString path, QString prefix)
-{
-    if (system_account_QList.isEmpty())
-        return {};
+namespace {
 
+// The home folder is the part after the users' root ("Users" on macOS and
+// Windows); without such a root it is the second part of the path.
+QString home_folder_name(const QString& path, const QString& prefix)
+{
     const QStringList parts = path.mid(prefix.size()).split('/');
     if (parts.size() < 2)
-        return {};
-
-    // The home folder is the part after the users' root ("Users" on macOS and
-    // Windows); without such a root it is the second part of the path.
+        return QString();
     int home = 1;
     for (int i = 0; i + 1 < parts.size(); ++i) {
         if (parts.at(i) == "Users") {
@@ -99,7 +102,18 @@ plugin_static_function::extract_account_from_sourcefile(QString path, QString pr
             break;
         }
     }
-    const QString home_name = parts.at(home);
+    return parts.at(home);
+}
+
+}  // namespace
+
+struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account
+plugin_static_function::extract_account_from_sourcefile(QString path, QString prefix)
+{
+    if (system_account_QList.isEmpty())
+        return {};
+
+    const QString home_name = home_folder_name(path, prefix);
     if (home_name.isEmpty())
         return {};
     for (const auto& account : system_account_QList) {
@@ -115,12 +129,12 @@ plugin_static_function::extract_account_from_sourcefile(QString path, QString pr
 
 QString plugin_static_function::extract_user_name_from_sourcefile(QString path, QString prefix)
 {
-    // The name returned is the one the home folder carries on disk.
+    // The name returned is the one the home folder carries on disk, which is
+    // the account name that matched it.
     const auto account = extract_account_from_sourcefile(path, prefix);
     if (account.system_user.isEmpty() && account.domain_user.isEmpty())
         return QString();
-    const QStringList parts = path.mid(prefix.size()).split('/');
-    return parts.contains(account.system_user) ? account.system_user : account.domain_user;
+    return home_folder_name(path, prefix);
 }
 
 void plugin_static_function::copy_directory(QString source, QString destination)
@@ -133,7 +147,10 @@ void plugin_static_function::copy_directory(QString source, QString destination)
     QDir().mkpath(destination);
 
     // Files only, one level: the callers copy flat folders of small files.
-    const QFileInfoList entries = source_dir.entryInfoList(QDir::Files | QDir::Hidden | QDir::System);
+    // Links are left out: one in an evidence folder may point anywhere on the
+    // examiner's machine.
+    const QFileInfoList entries =
+        source_dir.entryInfoList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks);
     for (const QFileInfo& entry : entries) {
         if (bool_cancel_extraction)
             return;
