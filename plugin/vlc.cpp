@@ -286,6 +286,13 @@ void vlc::set_destination_location(QString host_directory)
     const QString signature = "void vlc::set_destination_location(QString)";
     plugin_static_function::app_debug("[set_destination_location] starts", signature);
 
+    // Without a folder there is nowhere to write; an empty text must not
+    // become the file-system root.
+    if (host_directory.trimmed().isEmpty()) {
+        plugin_static_function::app_debug("[set_destination_location] result directory is empty ---FAILED---",
+                                          signature);
+        return;
+    }
     if (!host_directory.endsWith('/'))
         host_directory.append('/');
     const QString artifact_word = pub_get_artifact_name().replace(' ', '_');
@@ -319,7 +326,7 @@ void vlc::create_db_tables()
     plugin_static_function::app_debug("[create_db_tables] STARTS", signature);
 
     sqlite_connection_scope connection(signature, result_database_path);
-    if (!connection.open()) {
+    if (result_database_path.isEmpty() || !connection.open()) {
         plugin_static_function::app_debug(
             "[create_db_tables]Destination Db opening ---------FAILED--------- for table creation", signature);
         plugin_static_function::app_debug(connection.last_error_text(), signature);

@@ -204,6 +204,22 @@ private slots:
         f.controller.pub_set_clear_db(true);
         f.controller.pub_remove_temporary_asthetics();
     }
+
+    void an_empty_result_directory_never_becomes_the_root()
+    {
+        const bool existed = QFileInfo::exists("/Artifacts_Result");
+        debug_log_capture log;
+        vlc controller;
+        controller.pub_set_essentials();
+        controller.pub_set_engine_type(0);
+        controller.pub_set_general_info(log.general());
+        controller.pub_set_result_directory("  ");
+        controller.pub_create_db_tables();
+        QCOMPARE(QFileInfo::exists("/Artifacts_Result"), existed);
+        QVERIFY(log.messages().contains("[set_destination_location] result directory is empty ---FAILED---"));
+        QVERIFY(log.messages().contains(
+            "[create_db_tables]Destination Db opening ---------FAILED--------- for table creation"));
+    }
 };
 
 QTEST_MAIN(test_result_database)
