@@ -159,6 +159,11 @@ int plugin_helper_functions::match_in(const extension_table& table, QString file
     const int bucket = bucket_of(extension.at(0));
     if (bucket < 0)
         return -1;
+    // The first character must be ASCII as written, not only once lowered:
+    // the Kelvin sign, for one, lowers to "k".
+    const QString written = file_name.trimmed().split('.').last();
+    if (written.isEmpty() || written.at(0).unicode() > 0x7f)
+        return -1;
 
     for (const QString& entry : table.at(bucket)) {
         if (bool_cancel_extraction)
