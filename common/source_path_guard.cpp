@@ -26,12 +26,13 @@ QString cleaned_absolute(const QString& path)
 }
 
 // Canonical form of the root, kept for the last root asked about: every row of
-// a run asks about the same root.
+// a run asks about the same root. A root that could not be resolved is asked
+// again next time, as it may have been mounted since.
 QString canonical_root(const QString& cleaned_root)
 {
     static QString last_root;
     static QString last_canonical;
-    if (cleaned_root != last_root) {
+    if (cleaned_root != last_root || last_canonical.isEmpty()) {
         last_root = cleaned_root;
         last_canonical = QFileInfo(cleaned_root).canonicalFilePath();
     }
@@ -70,12 +71,18 @@ bool is_inside_root(const QString& path, const QString& source_root)
     const QString real_root = canonical_root(root);
     if (real_root.isEmpty())
         return false;
-    const QString real_target = resolved_existing_prefix(target);
-    if (real_target.isEmpty())
-        return false;
     // Only the part that exists can be resolved; the part below it is plain
-    // names, already checked for ".." by the cleaning above.
-    return is_under(real_target, real_root);
+    // names. The path is resolved both as cleaned and as written: the system
+    // follows a link before the ".." after it, so "link/../x" as written may
+    // name a file outside while its cleaned text stays inside, and a caller
+    // may open either form.
+    const QStringList forms = path == target ? QStringList{target} : QStringList{target, path};
+    for (const QString& form : forms) {
+        const QString real_target = resolved_existing_prefix(form);
+        if (real_target.isEmpty() || !is_under(real_target, real_root))
+            return false;
+    }
+    return true;
 }
 
 bool allow(const QString& path, const QString& source_root, const QString& caller)
