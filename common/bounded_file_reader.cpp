@@ -16,6 +16,7 @@ result read(const QString& path, qint64 cap_bytes)
     if (!file.open(QIODevice::ReadOnly))
         return out;
     out.opened = true;
+    cap_bytes = qMax<qint64>(0, cap_bytes);
     out.data = file.read(cap_bytes);
     // A file that reports no size (those of virtual file systems) is probed
     // by reading one byte past the ceiling.

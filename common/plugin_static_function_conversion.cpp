@@ -62,6 +62,23 @@ bool zone_offset_seconds(const QString& zone, qint64* seconds)
     return true;
 }
 
+// The whole-number part of a decimal text: trimmed, everything from the
+// first "." dropped (fractions are cut, not rounded).
+QString whole_part(const QString& value)
+{
+    const QString text = value.trimmed();
+    const int dot = text.indexOf('.');
+    return dot >= 0 ? text.left(dot) : text;
+}
+
+// Digits with an optional sign: a text that is no number at all gives no time,
+// rather than the epoch of its converter.
+bool is_decimal_number(const QString& text)
+{
+    static const QRegularExpression pattern("^[+-]?\\d+$");
+    return pattern.match(text).hasMatch();
+}
+
 QString strip_list_syntax(QString value)
 {
     value.remove('(');
@@ -81,13 +98,8 @@ QString strip_list_syntax(QString value)
 
 QString plugin_static_function::get_human_readable_time(QString seconds)
 {
-    QString text = seconds.trimmed();
-    const int dot = text.indexOf('.');
-    if (dot >= 0)
-        text = text.left(dot);
-
     bool ok = false;
-    const int total = text.toInt(&ok);
+    const int total = whole_part(seconds).toInt(&ok);
     if (!ok || total < 0)
         return QString();
 
@@ -199,13 +211,10 @@ QDateTime plugin_static_function::get_datetime_from_string_with_iso_date(QString
 
 QString plugin_static_function::convert_apple_time_to_epoch(QString value)
 {
-    QString text = value.trimmed();
-    if (text.isEmpty() || text == "0")
+    const QString text = value.trimmed();
+    if (text.isEmpty() || text == "0" || !is_decimal_number(whole_part(text)))
         return QString();
-    const int dot = text.indexOf('.');
-    if (dot >= 0)
-        text = text.left(dot);
-    const qint64 seconds = text.toInt();  // out of range reads as 0
+    const qint64 seconds = whole_part(text).toInt();  // out of range reads as 0
     return QString::number(seconds + k_seconds_1970_to_2001);
 }
 
@@ -216,18 +225,17 @@ QString plugin_static_function::convert_google_time_to_epoch(QString value)
         return QString();
     if (text.size() == 10)
         return text;  // already epoch seconds
-    const quint64 micros = text.toULongLong();
+    bool ok = false;
+    const quint64 micros = text.toULongLong(&ok);
+    if (!ok)
+        return QString();
     return QString::number(qint64(micros / 1000000ULL) - k_seconds_1601_to_1970);
 }
 
 QString plugin_static_function::convert_timestamp_to_human_readable_in_UTC(QString value)
 {
-    QString text = value.trimmed();
-    const int dot = text.indexOf('.');
-    if (dot >= 0)
-        text = text.left(dot);
     bool ok = false;
-    const qint64 seconds = text.toLongLong(&ok);
+    const qint64 seconds = whole_part(value).toLongLong(&ok);
     if (!ok)
         return QString();
     return QDateTime::fromSecsSinceEpoch(seconds, QTimeZone::utc()).toString("dd-MMM-yyyy hh:mm:ss");

@@ -186,6 +186,11 @@ void plugin_static_function::remove_directory(QString path)
     QDir dir(path);
     if (path.trimmed().isEmpty() || !dir.exists())
         return;
+    // A link to a folder is removed as a link: what it points to is not ours.
+    if (QFileInfo(QDir::cleanPath(path)).isSymLink()) {
+        QFile::remove(QDir::cleanPath(path));
+        return;
+    }
 
     const QFileInfoList entries = dir.entryInfoList(
         QDir::Files | QDir::AllDirs | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::DirsFirst);

@@ -301,6 +301,7 @@ private slots:
         QTest::newRow("before 2001") << "-978307200" << "0";
         QTest::newRow("largest 32-bit value") << "2147483647" << "3125790847";
         QTest::newRow("beyond 32 bits reads as zero") << "2147483648" << "978307200";
+        QTest::newRow("not a number") << "abc" << "";
     }
 
     void apple_time()
@@ -320,6 +321,7 @@ private slots:
         QTest::newRow("microseconds since 1601") << "13222222222000000" << "1577748622";
         QTest::newRow("microseconds truncated") << "13222222222999999" << "1577748622";
         QTest::newRow("1970 itself") << "11644473600000000" << "0";
+        QTest::newRow("not a number") << "not-a-time-value" << "";
     }
 
     void google_time()

@@ -252,6 +252,17 @@ private slots:
         QCOMPARE(read_file(outside + "/canary.txt"), QByteArray("must survive"));
     }
 
+    void remove_directory_given_a_link_removes_only_the_link()
+    {
+        QTemporaryDir dir;
+        const QString outside = dir.filePath("outside");
+        QVERIFY(write_file(outside + "/canary.txt", "must survive"));
+        QVERIFY(QFile::link(outside, dir.filePath("link")));
+        plugin_static_function::remove_directory(dir.filePath("link"));
+        QVERIFY(!QFileInfo(dir.filePath("link")).isSymLink());
+        QCOMPARE(read_file(outside + "/canary.txt"), QByteArray("must survive"));
+    }
+
     void remove_directory_with_nothing_to_do()
     {
         QTemporaryDir dir;
