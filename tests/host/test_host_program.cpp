@@ -25,12 +25,14 @@ class test_host_program : public QObject
 {
     Q_OBJECT
 
+    QTemporaryDir scratch;  // lives as long as the test program
+
 private slots:
     void usage_errors_give_one_line_and_status_2_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("says");
-        QTemporaryDir* empty = new QTemporaryDir;  // lives for the whole test run
+        QTemporaryDir* empty = &scratch;
         QFile file(empty->filePath("plain_file"));
         file.open(QIODevice::WriteOnly);
         file.close();
