@@ -11,24 +11,14 @@
 #include "plugin_static_function.h"
 #include "test_support.h"
 
+#include "tree_writer.h"
+
 namespace {
 
+using tree_writer::read_file;
+using tree_writer::write_file;
+
 const QString k_home = "macOS_Home_Directory";
-
-bool write_file(const QString& path, const QByteArray& content)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    return file.write(content) == content.size();
-}
-
-QByteArray read_file(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account account(const QString& name, const QString& second = {})
 {

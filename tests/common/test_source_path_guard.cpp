@@ -12,16 +12,12 @@
 #include "debug_log_capture.h"
 #include "source_path_guard.h"
 
+#include "tree_writer.h"
+
 namespace {
 
-bool write_file(const QString& path, const QByteArray& content)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    return file.write(content) == content.size();
-}
+using tree_writer::read_file;
+using tree_writer::write_file;
 
 }  // namespace
 

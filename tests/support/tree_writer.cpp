@@ -33,4 +33,16 @@ bool make_dir(const QString& root, const QString& relative, QString* error)
     return false;
 }
 
+bool write_file(const QString& path, const QByteArray& data)
+{
+    const QFileInfo info(path);
+    return write_file(info.absolutePath(), info.fileName(), data, nullptr);
+}
+
+QByteArray read_file(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 }  // namespace tree_writer

@@ -11,4 +11,9 @@ namespace tree_writer {
 bool write_file(const QString& root, const QString& relative, const QByteArray& data, QString* error);
 bool make_dir(const QString& root, const QString& relative, QString* error);
 
+// Writes data to an absolute path, making its folder; false when it could not.
+bool write_file(const QString& path, const QByteArray& data);
+// The whole file, or nothing when it cannot be read.
+QByteArray read_file(const QString& path);
+
 }  // namespace tree_writer
