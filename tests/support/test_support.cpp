@@ -1,4 +1,5 @@
 #include "test_support.h"
+#include "tree_writer.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -15,7 +16,7 @@ namespace test_support {
 
 QString shared_fixtures_dir()
 {
-    return QDir::cleanPath(QStringLiteral(VLC_TEST_SOURCE_DIR) + "/../shared/fixtures");
+    return tree_writer::shared_fixtures_dir();
 }
 
 QString plugin_library_path()

@@ -45,4 +45,12 @@ QByteArray read_file(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+QString shared_fixtures_dir()
+{
+    const QString configured = qEnvironmentVariable("VLC_SHARED_FIXTURES");
+    if (!configured.isEmpty())
+        return QDir::cleanPath(configured);
+    return QDir::cleanPath(QStringLiteral(VLC_FIXTURES_SOURCE_DIR) + "/../shared/fixtures");
+}
+
 }  // namespace tree_writer
