@@ -1,6 +1,17 @@
 #include "vlc_androidos.h"
 
+#include <QFileInfo>
+
+#include "android_row_insert.h"
+#include "android_source_run.h"
 #include "plugin_static_function.h"
+#include "source_path_guard.h"
+
+namespace {
+
+const QString k_database_relative = "apps/org.videolan.vlc/r/app_db/vlc_media.db";
+
+}  // namespace
 
 vlc_androidos::vlc_androidos(QWidget* parent) : extractor_base(parent)
 {
@@ -16,13 +27,107 @@ void vlc_androidos::androidos_set_source_info(struct_GLOBAL_COMMON_QUARL_AND_ART
 
 void vlc_androidos::find_source_file()
 {
-    plugin_static_function::app_debug("[find_source_file] starts", "void vlc_androidos::find_source_file()");
-    plugin_static_function::app_debug("[find_source_file] ends", "void vlc_androidos::find_source_file()");
+    const QString signature = "void vlc_androidos::find_source_file()";
+    plugin_static_function::app_debug("[find_source_file] starts", signature);
+
+    media_library_source.clear();
+    album_source.clear();
+    playlist_source.clear();
+    // The backup layout keeps an app's private data in r/ below apps/<package>.
+    const QString candidate = source_root + k_database_relative;
+    if (QFileInfo::exists(candidate)) {
+        media_library_source = candidate;
+        album_source = candidate;
+        playlist_source = candidate;
+    }
+
+    plugin_static_function::app_debug("[find_source_file] ends", signature);
 }
 
 void vlc_androidos::extract_plugin_artifacts()
 {
     const QString signature = "void vlc_androidos::extract_plugin_artifacts()";
     plugin_static_function::app_debug("[extract_plugin_artifacts] starts", signature);
+
+    if (extraction_allowed()) {
+        artist_name_cache.clear();
+        thumbnail_path_cache.clear();
+        const QList<QPair<QString, void (vlc_androidos::*)()>> tables = {
+            {"media_library", &vlc_androidos::extract_media_library},
+            {"album_art", &vlc_androidos::extract_album_art},
+            {"album", &vlc_androidos::extract_album},
+            {"playlists", &vlc_androidos::extract_playlist},
+        };
+        for (const auto& table : tables) {
+            if (!is_table_selected(table.first))
+                continue;
+            (this->*table.second)();
+            finish_table();
+        }
+    }
+
     plugin_static_function::app_debug("[extract_plugin_artifacts] ends", signature);
+}
+
+QString vlc_androidos::convert_sec_to_hh_mm_ss(QString milliseconds)
+{
+    bool ok = false;
+    qint32 value = milliseconds.toInt(&ok);
+    if (!ok)
+        value = 0;
+    const qint32 hours = value / 3600000;
+    const qint32 remainder = (value / 1000) % 3600;
+    const QString hh = prepend_zero_for_time(QString::number(hours), 2);
+    const QString mm = prepend_zero_for_time(QString::number(remainder / 60), 2);
+    const QString ss = prepend_zero_for_time(QString::number(remainder % 60), 2);
+    if (hh.trimmed() != "00")
+        return hh + ":" + mm + ":" + ss + " Hrs";
+    return mm + ":" + ss + " Min";
+}
+
+QString vlc_androidos::prepend_zero_for_time(QString number, int width)
+{
+    return QString("%1").arg(number.toULongLong(nullptr, 10), width, 10, QChar('0'));
+}
+
+QString vlc_androidos::media_path_from_mrl(QString mrl) const
+{
+    mrl.replace("%20", " ");
+    // Primary storage is .../emulated/0/...; the backup keeps it below shared/0/.
+    const int zero = mrl.indexOf('0');
+    if (zero > 0)
+        mrl = mrl.mid(zero);
+    return source_root + "shared/" + mrl;
+}
+
+QString vlc_androidos::relative_to_root(const QString& full_path) const
+{
+    QString path = full_path.trimmed();
+    if (path.startsWith(source_root))
+        path.remove(0, source_root.size());
+    if (!path.startsWith('/') && !path.trimmed().isEmpty())
+        path.prepend('/');
+    return path;
+}
+
+QString vlc_androidos::source_file_text(const QString& source_path) const
+{
+    const QStringList parts =
+        plugin_static_function::get_final_artifact_source_file(relative_to_root(source_path), source_root, source_type);
+    return parts.value(0);
+}
+
+bool vlc_androidos::exists_in_image(const QString& path, const QString& caller) const
+{
+    // Paths built from database text may climb out of the image with "..";
+    // those count as absent and are never looked at.
+    return source_path_guard::exists_inside(path, source_root, caller);
+}
+
+void vlc_androidos::insert_row(android_source_run& run, android_row_insert& insert, const QStringList& values)
+{
+    if (insert.execute(values))
+        count_inserted_row();
+    else
+        run.log_insert_failure(insert.error_text(), insert.statement());
 }

@@ -3,7 +3,38 @@
 // Extractor of an unpacked Android backup: the media player's media-library
 // database read into the media library, album art, album and playlist tables.
 
+#include <QHash>
+#include <QSqlQuery>
+
 #include "extractor_base.h"
+
+class android_row_insert;
+class android_source_run;
+
+struct struct_audio_track
+{
+    QString codec, bitrate, samplerate, nb_channels, language, description;
+};
+
+struct struct_video_track
+{
+    QString codec, bitrate, width, height, language, description, fps_num, fps_den, sar_num, sar_den;
+};
+
+struct struct_artist
+{
+    QString album_title, artist_id;
+};
+
+struct struct_media
+{
+    QString file_name, duration;
+};
+
+struct struct_file
+{
+    QString file_path, file_size, file_exist;
+};
 
 class vlc_androidos : public extractor_base
 {
@@ -31,6 +62,10 @@ public:
     void androidos_cancel_extraction() { cancel_requested = true; }
     void androidos_set_source_count(int count) { source_count = count; }
 
+    // Durations are stored in milliseconds; the name is historical.
+    static QString convert_sec_to_hh_mm_ss(QString milliseconds);
+    static QString prepend_zero_for_time(QString number, int width);
+
 signals:
     void signal_extracted_records_of_plugin_androidos(qint64 count);
     void signal_total_tabs_processed_androidos(int count);
@@ -40,4 +75,53 @@ protected:
     void emit_tabs_signal(int count) override { emit signal_total_tabs_processed_androidos(count); }
     void find_source_file() override;
     void extract_plugin_artifacts() override;
+
+private:
+    void extract_media_library();
+    void extract_album_art();
+    void extract_album();
+    void extract_playlist();
+
+    // One fact about one media item each. A query object is dedicated to one
+    // statement for the whole run: the statement is prepared on its first use
+    // and only re-bound afterwards.
+    struct_audio_track get_audio_track_details(QString media_id, QSqlQuery& query);
+    struct_video_track get_video_track_details(QString media_id, QSqlQuery& query);
+    struct_artist get_artist_details(QString media_id, QSqlQuery& album_track_query, QSqlQuery& album_query);
+    QString get_playlist_name(QString media_id, QSqlQuery& relation_query, QSqlQuery& playlist_query);
+    QString get_artist_name(QString artist_id, QSqlQuery& query);
+    QString get_thumbnail_path(QString thumbnail_id, QSqlQuery& query);
+    struct_media get_file_name(QString media_id, QSqlQuery& query);
+    struct_file get_file_path(QString media_id, QSqlQuery& query);
+
+    // Full path of a media file in the image from its mrl.
+    QString media_path_from_mrl(QString mrl) const;
+    // A path below the source root as it goes into a row.
+    QString relative_to_root(const QString& full_path) const;
+    // The relative form of a source database for the source_file column.
+    QString source_file_text(const QString& source_path) const;
+    bool exists_in_image(const QString& path, const QString& caller) const;
+    // The row loops of the four tables; false when the run was cancelled or
+    // ended early (no end line then).
+    bool insert_media_library_rows(android_source_run& run);
+    bool insert_album_art_rows(android_source_run& run);
+    bool insert_album_rows(android_source_run& run);
+    bool insert_playlist_rows(android_source_run& run);
+    // Inserts one result row; counts it, or logs why it failed.
+    void insert_row(android_source_run& run, android_row_insert& insert, const QStringList& values);
+    // One album's tracks as its row's item information and export paths;
+    // false when cancelled.
+    struct album_track_queries
+    {
+        QSqlQuery tracks, file_name, file;
+    };
+    bool collect_album_tracks(android_source_run& run, const QString& album_id, album_track_queries& queries,
+                              QStringList* item_info, QStringList* export_paths);
+
+    QString media_library_source;
+    QString album_source;
+    QString playlist_source;
+    // Artists and thumbnails repeat across rows; each is looked up once a run.
+    QHash<QString, QString> artist_name_cache;
+    QHash<QString, QString> thumbnail_path_cache;
 };

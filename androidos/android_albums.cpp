@@ -1,0 +1,149 @@
+// The album_art and album tables: one row each per Album row of the media
+// database, the first with the album's cover, the second with its tracks.
+
+#include <QFileInfo>
+#include <QVariant>
+
+#include "android_row_insert.h"
+#include "android_source_run.h"
+#include "plugin_static_function.h"
+#include "vlc_androidos.h"
+
+namespace {
+
+const QString k_album_art_signature = "void vlc_androidos::extract_album_art()";
+const QString k_album_signature = "void vlc_androidos::extract_album()";
+const QString k_separator = ";++::++;";
+
+const QString k_select_album =
+    "SELECT id_album,title,artist_id,release_year,short_summary,thumbnail_id,nb_tracks,duration,nb_discs,is_present "
+    "from Album ";
+const QString k_select_album_tracks = "SELECT media_id from AlbumTrack where album_id = ? ";
+const QString k_insert_album_art =
+    "insert into album_art(bookmark,file_name,art_file_name,file_path,duration,no_of_tracks,artist,"
+    "preview_file_path,export_file_paths,source_file,os_scheme_display,source_count_name) "
+    "values(0,?,?,?,?, ?,?,?,?,? ,?,?)";
+const QString k_insert_album =
+    "insert into album(bookmark, album_name,album_item_info,album_item_count,artist,album_duration,"
+    "preview_file_path,export_file_paths,source_file,os_scheme_display,source_count_name) "
+    "values(0,?,?,?,?, ?,?,?,?,? ,?)";
+
+// Columns of the Album statement.
+enum album_column { id_album = 0, title = 1, artist_id = 2, thumbnail_id = 5, nb_tracks = 6, duration = 7 };
+
+QString album_title(const QSqlQuery& album)
+{
+    const QVariant value = album.value(title);
+    return value.isNull() ? QStringLiteral("Unknown Album") : value.toString();
+}
+
+}  // namespace
+
+void vlc_androidos::extract_album_art()
+{
+    android_source_run run(k_album_art_signature, destination_db_path);
+    if (!run.start(album_source, helper_obj, k_select_album))
+        return;
+    if (insert_album_art_rows(run))
+        run.finish();
+}
+
+bool vlc_androidos::insert_album_art_rows(android_source_run& run)
+{
+    android_row_insert insert(run.result(), k_insert_album_art);
+    QSqlQuery thumbnail_query = run.source_query();
+    QSqlQuery artist_query = run.source_query();
+    const QString source_file = source_file_text(album_source);
+    QSqlQuery& album = run.rows();
+
+    while (album.next()) {
+        if (cancel_requested)
+            return false;
+        const QString thumbnail = get_thumbnail_path(album.value(thumbnail_id).toString(), thumbnail_query);
+        const QString artist = get_artist_name(album.value(artist_id).toString(), artist_query);
+        const QString relative_thumbnail = relative_to_root(thumbnail);
+        const QStringList values = {QFileInfo(thumbnail).fileName(),
+                                    album_title(album),
+                                    relative_thumbnail,
+                                    convert_sec_to_hh_mm_ss(album.value(duration).toString()),
+                                    album.value(nb_tracks).toString(),
+                                    artist,
+                                    relative_thumbnail,
+                                    relative_thumbnail,
+                                    source_file,
+                                    os_scheme_display,
+                                    plugin_static_function::get_source_count_name()};
+        insert_row(run, insert, values);
+    }
+    return true;
+}
+
+void vlc_androidos::extract_album()
+{
+    android_source_run run(k_album_signature, destination_db_path);
+    if (!run.start(album_source, helper_obj, k_select_album))
+        return;
+    if (insert_album_rows(run))
+        run.finish();
+}
+
+bool vlc_androidos::insert_album_rows(android_source_run& run)
+{
+    android_row_insert insert(run.result(), k_insert_album);
+    album_track_queries queries{run.source_query(), run.source_query(), run.source_query()};
+    QSqlQuery artist_query = run.source_query();
+    const QString source_file = source_file_text(album_source);
+    QSqlQuery& album = run.rows();
+
+    while (album.next()) {
+        if (cancel_requested)
+            return false;
+        const QString artist = get_artist_name(album.value(artist_id).toString(), artist_query);
+        QStringList item_info;
+        QStringList export_paths;
+        if (!collect_album_tracks(run, album.value(id_album).toString(), queries, &item_info, &export_paths))
+            return false;
+        const QStringList values = {album_title(album),
+                                    item_info.join(k_separator),
+                                    QString::number(item_info.size()),
+                                    artist,
+                                    convert_sec_to_hh_mm_ss(album.value(duration).toString()),
+                                    export_paths.value(0),
+                                    export_paths.join(k_separator),
+                                    source_file,
+                                    os_scheme_display,
+                                    plugin_static_function::get_source_count_name()};
+        insert_row(run, insert, values);
+    }
+    return true;
+}
+
+bool vlc_androidos::collect_album_tracks(android_source_run& run, const QString& album_id,
+                                         album_track_queries& queries, QStringList* item_info,
+                                         QStringList* export_paths)
+{
+    QSqlQuery& tracks = queries.tracks;
+    if (tracks.lastQuery() != k_select_album_tracks)
+        tracks.prepare(k_select_album_tracks);
+    tracks.addBindValue(album_id);
+    if (!tracks.exec()) {
+        // The album is still written, as one without tracks.
+        run.log_query_failure("query_select_media_id --------FAILED---------- ", tracks);
+        return true;
+    }
+    QStringList media_ids;
+    while (tracks.next())
+        media_ids << tracks.value(0).toString();
+    tracks.finish();
+
+    for (const QString& media_id : media_ids) {
+        if (cancel_requested)
+            return false;
+        const struct_media media = get_file_name(media_id, queries.file_name);
+        const struct_file file = get_file_path(media_id, queries.file);
+        const QString relative_path = relative_to_root(file.file_path);
+        *export_paths << relative_path;
+        *item_info << "File Name: " + media.file_name + "; File Size: " + file.file_size + "; File Path:" + relative_path;
+    }
+    return true;
+}

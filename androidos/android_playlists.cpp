@@ -1,0 +1,87 @@
+// The playlists table: one row per media item of every playlist in the media
+// database.
+
+#include <QVariant>
+
+#include "android_row_insert.h"
+#include "android_source_run.h"
+#include "plugin_static_function.h"
+#include "vlc_androidos.h"
+
+namespace {
+
+const QString k_signature = "void vlc_androidos::extract_playlist()";
+const QString k_separator = ";++::++;";
+
+const QString k_select_playlist = "SELECT id_playlist,name,file_id,creation_date,artwork_mrl from Playlist ";
+const QString k_select_members = "SELECT media_id from PlaylistMediaRelation where playlist_id = ? ";
+const QString k_insert =
+    "insert into playlists(bookmark,playlist_name,file_name,duration,creation_timestamp,file_path,file_exist,"
+    "suffix,file_size,preview_file_path,export_file_paths,source_file,os_scheme_display,source_count_name) "
+    "values(0,?,?,?,?, ?,?,?,?,?, ?,?,?,?)";
+
+}  // namespace
+
+void vlc_androidos::extract_playlist()
+{
+    android_source_run run(k_signature, destination_db_path);
+    if (!run.start(playlist_source, helper_obj, k_select_playlist))
+        return;
+    if (insert_playlist_rows(run))
+        run.finish();
+}
+
+bool vlc_androidos::insert_playlist_rows(android_source_run& run)
+{
+    android_row_insert insert(run.result(), k_insert);
+    QSqlQuery members = run.source_query();
+    members.prepare(k_select_members);
+    QSqlQuery file_name_query = run.source_query();
+    QSqlQuery file_query = run.source_query();
+    const QString source_file = source_file_text(playlist_source);
+    const QString source_count_name = plugin_static_function::get_source_count_name();
+    QSqlQuery& playlist = run.rows();
+
+    while (playlist.next()) {
+        if (cancel_requested)
+            return false;
+        const QString name = playlist.value(1).toString();
+        const QString creation_date = playlist.value(3).toString();
+        members.addBindValue(playlist.value(0).toString());
+        if (!members.exec()) {
+            // Nothing more can be trusted of this table: end it, keeping the rows so far.
+            run.log_query_failure("query_select_media_id --------FAILED---------- ", members);
+            return false;
+        }
+        QStringList media_ids;
+        while (members.next())
+            media_ids << members.value(0).toString();
+        members.finish();
+
+        for (const QString& media_id : media_ids) {
+            if (cancel_requested)
+                return false;
+            const struct_media media = get_file_name(media_id, file_name_query);
+            const struct_file file = get_file_path(media_id, file_query);
+            QString file_name = media.file_name;
+            if (file_name.endsWith(k_separator))
+                file_name.chop(k_separator.size());
+            const QString relative_path = relative_to_root(file.file_path);
+            const QStringList values = {name,
+                                        file_name,
+                                        convert_sec_to_hh_mm_ss(media.duration),
+                                        creation_date,
+                                        relative_path,
+                                        file.file_exist,
+                                        plugin_static_function::mining_suffix(file.file_path),
+                                        file.file_size,
+                                        relative_path,
+                                        relative_path,
+                                        source_file,
+                                        os_scheme_display,
+                                        source_count_name};
+            insert_row(run, insert, values);
+        }
+    }
+    return true;
+}

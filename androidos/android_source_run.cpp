@@ -1,0 +1,98 @@
+#include "android_source_run.h"
+
+#include <QFileInfo>
+#include <QSqlError>
+
+#include "plugin_helper_functions.h"
+#include "plugin_static_function.h"
+
+android_source_run::android_source_run(const QString& signature, const QString& result_db_path)
+    : m_signature(signature), m_result_path(result_db_path)
+{
+}
+
+android_source_run::~android_source_run()
+{
+    close();
+}
+
+bool android_source_run::start(const QString& source_path, plugin_helper_functions* helper,
+                               const QString& select_statement)
+{
+    plugin_static_function::app_debug("START", m_signature);
+    if (source_path.isEmpty() || !QFileInfo::exists(source_path) || !helper)
+        return false;
+
+    // The evidence is only ever opened through this copy (with its -wal and -shm).
+    const QString copy = helper->get_adhoc_path_for_database(source_path);
+    if (copy.isEmpty() || !QFileInfo::exists(copy) || QFileInfo(copy).isDir())
+        return false;
+
+    m_result = std::make_unique<sqlite_connection_scope>(m_signature, m_result_path);
+    if (!m_result->open()) {
+        plugin_static_function::app_debug("Destination Db opening ---FAILED--- " + m_result_path, m_signature);
+        plugin_static_function::app_debug(m_result->last_error_text(), m_signature);
+        m_result.reset();
+        return false;
+    }
+    m_result->db().transaction();
+
+    m_source = std::make_unique<sqlite_connection_scope>(m_signature + "1", copy);
+    if (!m_source->open_read_only()) {
+        plugin_static_function::app_debug("source db opening ------FAILED----- ", m_signature);
+        plugin_static_function::app_debug(m_source->last_error_text(), m_signature);
+        close();
+        return false;
+    }
+
+    m_rows = QSqlQuery(m_source->db());
+    m_rows.setForwardOnly(true);
+    if (!m_rows.prepare(select_statement) || !m_rows.exec()) {
+        log_query_failure("query_select --------FAILED---------- ", m_rows);
+        close();
+        return false;
+    }
+    return true;
+}
+
+QSqlQuery android_source_run::source_query() const
+{
+    QSqlQuery query(m_source->db());
+    query.setForwardOnly(true);
+    return query;
+}
+
+QString android_source_run::source_name() const
+{
+    return m_source ? m_source->db().databaseName() : QString();
+}
+
+void android_source_run::log_query_failure(const QString& headline, const QSqlQuery& query) const
+{
+    plugin_static_function::app_debug(headline + source_name(), m_signature);
+    plugin_static_function::app_debug(query.lastError().text(), m_signature);
+    plugin_static_function::app_debug(query.executedQuery(), m_signature);
+}
+
+void android_source_run::log_insert_failure(const QString& error_text, const QString& statement) const
+{
+    plugin_static_function::app_debug("Insertion Query -----FAILED-----", m_signature);
+    plugin_static_function::app_debug(error_text, m_signature);
+    plugin_static_function::app_debug(statement, m_signature);
+}
+
+void android_source_run::finish()
+{
+    close();
+    plugin_static_function::app_debug("ENDS", m_signature);
+}
+
+void android_source_run::close()
+{
+    m_rows = QSqlQuery();
+    m_source.reset();
+    if (m_result) {
+        m_result->db().commit();
+        m_result.reset();
+    }
+}

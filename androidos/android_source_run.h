@@ -1,0 +1,54 @@
+#pragma once
+
+// The frame every Android table reader runs in: a working copy of the media
+// database, the result database open with one transaction, the copy open
+// beside it, and the reader's main statement executed on the copy. Leaving the
+// scope closes the copy and commits and closes the result database, so rows
+// written before a cancel or a failure always stay.
+
+#include <QSqlQuery>
+#include <QString>
+
+#include <memory>
+
+#include "sqlite_connection_scope.h"
+
+class plugin_helper_functions;
+
+class android_source_run
+{
+public:
+    // signature: the reader's full signature, used for its log lines and as
+    // the name of its result connection (its source connection adds "1").
+    android_source_run(const QString& signature, const QString& result_db_path);
+    ~android_source_run();
+
+    android_source_run(const android_source_run&) = delete;
+    android_source_run& operator=(const android_source_run&) = delete;
+
+    // Logs the start, then copies, opens and selects; false (with the failure
+    // logged) when there is nothing to read.
+    bool start(const QString& source_path, plugin_helper_functions* helper, const QString& select_statement);
+
+    QSqlQuery& rows() { return m_rows; }
+    QSqlQuery source_query() const;
+    QSqlDatabase& result() { return m_result->db(); }
+    QString source_name() const;
+    const QString& signature() const { return m_signature; }
+
+    // Logs a failed statement the way every reader does: a headline with the
+    // source's name, then the error text, then the statement as executed.
+    void log_query_failure(const QString& headline, const QSqlQuery& query) const;
+    void log_insert_failure(const QString& error_text, const QString& statement) const;
+    // Normal end of a reader: closes everything and logs the end line.
+    void finish();
+
+private:
+    void close();
+
+    QString m_signature;
+    QString m_result_path;
+    std::unique_ptr<sqlite_connection_scope> m_result;
+    std::unique_ptr<sqlite_connection_scope> m_source;
+    QSqlQuery m_rows;
+};

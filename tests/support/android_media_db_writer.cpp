@@ -1,0 +1,222 @@
+#include "android_media_db_writer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlError>
+#include <QStringList>
+
+#include "tree_writer.h"
+
+namespace {
+
+bool copy_replacing(const QString& from, const QString& to)
+{
+    QFile::remove(to);
+    if (!QFile::copy(from, to))
+        return false;
+    // The shared samples are read-only; the copy must take rows.
+    return QFile::setPermissions(to, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
+}
+
+}  // namespace
+
+android_media_db_writer::android_media_db_writer(const QString& connection_name) : m_name(connection_name)
+{
+}
+
+android_media_db_writer::~android_media_db_writer()
+{
+    close();
+}
+
+QString android_media_db_writer::schema_path(int model)
+{
+    return tree_writer::shared_fixtures_dir() + QString("/android/schemas/vlc_media_model%1.db").arg(model);
+}
+
+bool android_media_db_writer::create(const QString& path, int model, QString* error)
+{
+    close();
+    const QString schema = schema_path(model);
+    if (!QFileInfo::exists(schema)) {
+        if (error)
+            *error = "no schema file for model " + QString::number(model) + " at " + schema
+                     + " (set VLC_SHARED_FIXTURES to the shared samples folder)";
+        return false;
+    }
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    if (!copy_replacing(schema, path)) {
+        if (error)
+            *error = "cannot copy " + schema + " to " + path;
+        return false;
+    }
+    m_path = path;
+    m_db = QSqlDatabase::addDatabase("QSQLITE", m_name);
+    m_db.setDatabaseName(path);
+    if (!m_db.open()) {
+        if (error)
+            *error = "cannot open " + path + ": " + m_db.lastError().text();
+        close();
+        return false;
+    }
+    return true;
+}
+
+bool android_media_db_writer::use_wal()
+{
+    QSqlQuery query(m_db);
+    return query.exec("PRAGMA journal_mode=WAL") && query.next()
+           && query.value(0).toString().compare("wal", Qt::CaseInsensitive) == 0
+           && exec("PRAGMA wal_autocheckpoint=0");
+}
+
+bool android_media_db_writer::checkpoint()
+{
+    return exec("PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+bool android_media_db_writer::snapshot_to(const QString& path, QString* error) const
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    for (const QString& suffix : {QString(), QString("-wal"), QString("-shm")}) {
+        if (!QFileInfo::exists(m_path + suffix))
+            continue;
+        if (!copy_replacing(m_path + suffix, path + suffix)) {
+            if (error)
+                *error = "cannot copy " + m_path + suffix + " to " + path + suffix;
+            return false;
+        }
+    }
+    return true;
+}
+
+bool android_media_db_writer::exec(const QString& statement, QString* error)
+{
+    QSqlQuery query(m_db);
+    if (query.exec(statement))
+        return true;
+    m_error = query.lastError().text();
+    if (error)
+        *error = m_error;
+    return false;
+}
+
+qint64 android_media_db_writer::insert(const QString& table, const QVariantMap& values)
+{
+    const QStringList columns = values.keys();
+    const QString statement = "INSERT INTO " + table + "(" + columns.join(',') + ") VALUES("
+                              + QStringList(columns.size(), "?").join(',') + ")";
+    auto found = m_statements.find(statement);
+    if (found == m_statements.end()) {
+        QSqlQuery query(m_db);
+        if (!query.prepare(statement)) {
+            m_error = query.lastError().text();
+            return -1;
+        }
+        found = m_statements.insert(statement, query);
+    }
+    QSqlQuery& query = found.value();
+    for (int i = 0; i < columns.size(); ++i) {
+        query.bindValue(i, values.value(columns.at(i)));  // an invalid value binds NULL
+    }
+    if (!query.exec()) {
+        m_error = query.lastError().text();
+        return -1;
+    }
+    return query.lastInsertId().toLongLong();
+}
+
+void android_media_db_writer::close()
+{
+    m_statements.clear();
+    if (m_db.isValid()) {
+        m_db.close();
+        m_db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(m_name);
+    }
+}
+
+qint64 android_media_db_writer::add_thumbnail(const QString& mrl)
+{
+    return insert("Thumbnail", {{"mrl", mrl}, {"origin", 0}, {"is_generated", 1}});
+}
+
+qint64 android_media_db_writer::add_artist(const QString& name)
+{
+    return insert("Artist", {{"name", name}, {"is_present", 1}});
+}
+
+qint64 android_media_db_writer::add_album(const QVariant& title, const QVariant& artist_id,
+                                          const QVariant& thumbnail_id, int nb_tracks, qint64 duration_ms)
+{
+    return insert("Album", {{"title", title},
+                            {"artist_id", artist_id},
+                            {"release_year", 2019},
+                            {"thumbnail_id", thumbnail_id},
+                            {"nb_tracks", nb_tracks},
+                            {"duration", duration_ms},
+                            {"is_present", 1}});
+}
+
+qint64 android_media_db_writer::add_file(qint64 media_id, const QString& mrl, qint64 size, qint64 modified,
+                                         bool removable, bool external)
+{
+    return insert("File", {{"media_id", media_id},
+                           {"mrl", mrl},
+                           {"type", 1},
+                           {"last_modification_date", modified},
+                           {"size", size},
+                           {"is_removable", removable ? 1 : 0},
+                           {"is_external", external ? 1 : 0},
+                           {"is_network", 0}});
+}
+
+qint64 android_media_db_writer::add_audio_track(qint64 media_id, const QString& codec, int bitrate,
+                                                int samplerate, int channels, const QVariant& language,
+                                                const QVariant& description)
+{
+    return insert("AudioTrack", {{"media_id", media_id},
+                                 {"codec", codec},
+                                 {"bitrate", bitrate},
+                                 {"samplerate", samplerate},
+                                 {"nb_channels", channels},
+                                 {"language", language},
+                                 {"description", description}});
+}
+
+qint64 android_media_db_writer::add_video_track(qint64 media_id, const QString& codec, int width, int height,
+                                                int bitrate, const QVariant& language, const QVariant& description)
+{
+    return insert("VideoTrack", {{"media_id", media_id},
+                                 {"codec", codec},
+                                 {"width", width},
+                                 {"height", height},
+                                 {"fps_num", 30000},
+                                 {"fps_den", 1001},
+                                 {"bitrate", bitrate},
+                                 {"sar_num", 1},
+                                 {"sar_den", 1},
+                                 {"language", language},
+                                 {"description", description}});
+}
+
+qint64 android_media_db_writer::add_album_track(qint64 media_id, qint64 album_id, int track_number,
+                                                qint64 duration_ms)
+{
+    return insert("AlbumTrack", {{"media_id", media_id},
+                                 {"album_id", album_id},
+                                 {"track_number", track_number},
+                                 {"duration", duration_ms},
+                                 {"disc_number", 1}});
+}
+
+qint64 android_media_db_writer::add_playlist(const QVariant& name, qint64 creation_date)
+{
+    return insert("Playlist", {{"name", name}, {"creation_date", creation_date}});
+}
+
+qint64 android_media_db_writer::add_playlist_item(qint64 playlist_id, const QVariant& media_id, int position)
+{
+    return insert("PlaylistMediaRelation", {{"media_id", media_id}, {"playlist_id", playlist_id}, {"position", position}});
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+// Writes media databases of the Android app: a copy of the app's empty schema
+// at a given model version (from the shared samples) with rows inserted by
+// the caller. It never defines tables of its own.
+
+#include <QHash>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QVariant>
+#include <QVariantMap>
+
+class android_media_db_writer
+{
+public:
+    explicit android_media_db_writer(const QString& connection_name = "android_media_db_writer");
+    ~android_media_db_writer();
+
+    android_media_db_writer(const android_media_db_writer&) = delete;
+    android_media_db_writer& operator=(const android_media_db_writer&) = delete;
+
+    // The empty schema file of a model version in the shared samples.
+    static QString schema_path(int model);
+
+    // Copies the model's empty schema to path and opens it; false with a reason.
+    bool create(const QString& path, int model, QString* error);
+    // Switches to write-ahead logging without automatic checkpoints, so rows
+    // written after checkpoint() stay in the -wal file until close.
+    bool use_wal();
+    bool checkpoint();
+    // Copies the database with its -wal and -shm, as they are now, to path.
+    bool snapshot_to(const QString& path, QString* error) const;
+
+    bool begin() { return m_db.transaction(); }
+    bool commit() { return m_db.commit(); }
+    bool exec(const QString& statement, QString* error = nullptr);
+    // Inserts one row (a missing column takes its default; an invalid QVariant
+    // is NULL); returns the new row id, or -1 with last_error() set.
+    qint64 insert(const QString& table, const QVariantMap& values);
+    QString last_error() const { return m_error; }
+    void close();
+
+    // The rows the app writes, with the columns the readers look at.
+    qint64 add_thumbnail(const QString& mrl);
+    qint64 add_artist(const QString& name);
+    qint64 add_album(const QVariant& title, const QVariant& artist_id, const QVariant& thumbnail_id, int nb_tracks,
+                     qint64 duration_ms);
+    qint64 add_file(qint64 media_id, const QString& mrl, qint64 size, qint64 modified, bool removable,
+                    bool external);
+    qint64 add_audio_track(qint64 media_id, const QString& codec, int bitrate, int samplerate, int channels,
+                           const QVariant& language, const QVariant& description);
+    qint64 add_video_track(qint64 media_id, const QString& codec, int width, int height, int bitrate,
+                           const QVariant& language, const QVariant& description);
+    qint64 add_album_track(qint64 media_id, qint64 album_id, int track_number, qint64 duration_ms);
+    qint64 add_playlist(const QVariant& name, qint64 creation_date);
+    qint64 add_playlist_item(qint64 playlist_id, const QVariant& media_id, int position);
+
+private:
+    QString m_name;
+    QString m_path;
+    QSqlDatabase m_db;
+    QHash<QString, QSqlQuery> m_statements;  // prepared once per column set
+    QString m_error;
+};
