@@ -1,0 +1,246 @@
+// The Android extractor inside the real controller: the order of its tables
+// and signals, its working copies, cancellation, and damaged or hostile
+// media databases.
+
+#include <QDir>
+#include <QFile>
+#include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "debug_log_capture.h"
+#include "sample_trees.h"
+#include "test_support.h"
+#include "tree_writer.h"
+#include "vlc.h"
+
+namespace {
+
+const QString k_database = "apps/org.videolan.vlc/r/app_db/vlc_media.db";
+const QStringList k_tables = {"media_library", "album_art", "album", "playlists"};
+
+// A controller run on an Android tree, the way a host drives it, stopped
+// before the temporary folder is removed.
+struct android_run
+{
+    QTemporaryDir out;
+    debug_log_capture log;
+    vlc controller;
+    QSignalSpy tabs{&controller, &vlc::signal_tab_processed_of_plugin_overall};
+
+    void prepare(const QString& root, const QList<QString>& tables = k_tables)
+    {
+        struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info info;
+        info.source_path_1 = root + "/";
+        info.os_scheme_display = "Android";
+        info.os_scheme_internal = "androidOS";
+        controller.pub_set_engine_type(0);
+        controller.pub_set_essentials();
+        controller.pub_set_general_info(log.general());
+        controller.pub_set_source_count(1);
+        controller.pub_set_source_info(info);
+        controller.pub_set_essential_for_quarl_desk_extraction(tables, {});
+        controller.pub_set_result_directory(out.path());
+        controller.pub_create_db_tables();
+    }
+    void extract()
+    {
+        controller.pub_find_source_file();
+        controller.pub_extract_artifacts();
+    }
+    QString result_db() const { return out.filePath("Artifacts_Result/VLC/VLC.sqlite"); }
+    QString tmp_dir() const { return out.filePath("Artifacts_Result/VLC/tmp"); }
+    qint64 rows(const QString& table) const { return test_support::count_rows(result_db(), table); }
+    QList<int> tab_values() const
+    {
+        QList<int> values;
+        for (const auto& call : tabs)
+            values << call.first().toInt();
+        return values;
+    }
+};
+
+// Runs statements on a tree's media database (outside any run).
+void alter_database(const QString& root, const QStringList& statements)
+{
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "alter_database");
+        db.setDatabaseName(QDir(root).filePath(k_database));
+        QVERIFY(db.open());
+        QSqlQuery query(db);
+        for (const QString& statement : statements)
+            QVERIFY2(query.exec(statement), qPrintable(statement));
+    }
+    QSqlDatabase::removeDatabase("alter_database");
+}
+
+void replace_database(const QString& root, const QByteArray& content)
+{
+    const QString path = QDir(root).filePath(k_database);
+    QFile::remove(path + "-wal");
+    QFile::remove(path + "-shm");
+    QVERIFY(tree_writer::write_file(path, content));
+}
+
+// Cancels the running controller once the media-library loop has looked up
+// its third item's audio track.
+vlc* g_cancel_target = nullptr;
+int g_audio_lookups = 0;
+void cancel_on_third_item(QtMsgType, const QMessageLogContext&, const QString& message)
+{
+    if (message.contains("get_audio_track_details") && message.endsWith("Starts") && ++g_audio_lookups == 3
+        && g_cancel_target)
+        g_cancel_target->pub_cancel_extraction();
+}
+
+}  // namespace
+
+class test_android_extractor : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir trees;
+
+    QString sample_tree(const QString& name)
+    {
+        const QString root = trees.filePath(name);
+        QString error;
+        if (!write_android_sample_tree(root, &error))
+            qWarning("%s", qPrintable(error));
+        return root;
+    }
+
+private slots:
+    void tables_run_in_fixed_order_from_a_working_copy()
+    {
+        const QString root = sample_tree("order");
+        android_run run;
+        run.prepare(root, {"playlists", "album", "album_art", "media_library"});
+        run.extract();
+        QCOMPARE(run.tab_values(), (QList<int>{1, 2, 3, 4}));
+        QStringList started;
+        const QStringList functions = run.log.functions();
+        const QStringList messages = run.log.messages();
+        for (int i = 0; i < messages.size(); ++i) {
+            if (messages.at(i) == "START")
+                started << functions.at(i);
+        }
+        QCOMPARE(started, (QStringList{"vlc_androidos::extract_media_library", "vlc_androidos::extract_album_art",
+                                       "vlc_androidos::extract_album", "vlc_androidos::extract_playlist"}));
+        QCOMPARE(run.log.messages().count("ENDS"), 4);
+
+        // Each table read its own copy, with the write-ahead log beside it.
+        const QStringList copies = QDir(run.tmp_dir()).entryList(QDir::Files, QDir::Name);
+        for (const char* name : {"vlc_media.db", "vlc_media.db-wal", "3_vlc_media.db", "3_vlc_media.db-shm"})
+            QVERIFY2(copies.contains(name), qPrintable(copies.join(", ")));
+        run.controller.pub_remove_temporary_asthetics();
+        QVERIFY(!QFileInfo::exists(run.tmp_dir()));
+    }
+
+    void a_missing_database_still_counts_each_selected_table()
+    {
+        const QString root = trees.filePath("empty");
+        QVERIFY(QDir().mkpath(root + "/apps/org.videolan.vlc/r"));
+        android_run run;
+        run.prepare(root, {"Media_Library", "playlists", "album"});
+        run.extract();
+        QCOMPARE(run.tab_values(), (QList<int>{1, 2}));  // the wrongly cased name selects nothing
+        for (const QString& table : k_tables)
+            QCOMPARE(run.rows(table), 0);
+    }
+
+    void cancel_during_the_media_library_keeps_earlier_rows()
+    {
+        const QString root = sample_tree("cancel");
+        android_run run;
+        run.prepare(root);
+        plugin_static_function::debug_print_on_terminal_bool = true;
+        g_cancel_target = &run.controller;
+        g_audio_lookups = 0;
+        const QtMessageHandler previous = qInstallMessageHandler(cancel_on_third_item);
+        run.extract();
+        qInstallMessageHandler(previous);
+        g_cancel_target = nullptr;
+        plugin_static_function::debug_print_on_terminal_bool = false;
+
+        QCOMPARE(run.rows("media_library"), 3);
+        QCOMPARE(run.rows("playlists"), 0);
+        QCOMPARE(run.log.messages().count("ENDS"), 0);
+    }
+
+    void a_failing_playlist_member_statement_ends_the_table()
+    {
+        const QString root = sample_tree("members");
+        // Reading the members of the second playlist ("Favourites") fails.
+        alter_database(root, {"ALTER TABLE PlaylistMediaRelation RENAME TO members",
+                              "CREATE VIEW PlaylistMediaRelation AS SELECT CASE WHEN playlist_id = 2 THEN "
+                              "abs(-9223372036854775808) ELSE media_id END AS media_id, playlist_id FROM members"});
+        android_run run;
+        run.prepare(root, {"playlists"});
+        run.extract();
+        QCOMPARE(test_support::query_rows(run.result_db(), "select distinct playlist_name from playlists"),
+                 (QList<QVariantList>{{"Road Trip"}}));
+        QCOMPARE(run.rows("playlists"), 2);
+        QCOMPARE(run.log.messages_with("query_select_media_id --------FAILED---------- ").size(), 1);
+        QCOMPARE(run.tab_values(), QList<int>{1});
+    }
+
+    void damaged_databases_are_logged_and_skipped_data()
+    {
+        QTest::addColumn<QString>("damage");
+        QTest::addColumn<QString>("logged");
+        QTest::addColumn<QList<qint64>>("rows");  // media_library, album_art, album, playlists
+        QTest::newRow("not sqlite") << "text" << "query_select --------FAILED---------- " << QList<qint64>{0, 0, 0, 0};
+        QTest::newRow("enciphered") << "random" << "query_select --------FAILED---------- "
+                                    << QList<qint64>{0, 0, 0, 0};
+        QTest::newRow("truncated") << "truncated" << "" << QList<qint64>{-1, -1, -1, -1};
+        QTest::newRow("no Media table") << "DROP TABLE Media" << "query_select --------FAILED---------- "
+                                        << QList<qint64>{0, 3, 3, 5};
+        QTest::newRow("no File.size") << "ALTER TABLE File DROP COLUMN size"
+                                      << "query_select_file --------FAILED---------- " << QList<qint64>{0, 3, 3, 5};
+        QTest::newRow("text for numbers")
+            << "UPDATE Media SET duration='long', type='video', play_count='many'; UPDATE Album SET duration=x'00ff'"
+            << "" << QList<qint64>{8, 3, 3, 5};
+    }
+
+    void damaged_databases_are_logged_and_skipped()
+    {
+        QFETCH(QString, damage);
+        QFETCH(QString, logged);
+        QFETCH(QList<qint64>, rows);
+        const QString root = sample_tree(QString(QTest::currentDataTag()).replace(' ', '_'));
+        const QString path = QDir(root).filePath(k_database);
+        if (damage == "text") {
+            replace_database(root, "this is a playlist, not a database\n");
+        } else if (damage == "random") {
+            QByteArray noise(64 * 1024, '\0');
+            for (int i = 0; i < noise.size(); ++i)
+                noise[i] = char((i * 7919 + 13) % 251);
+            replace_database(root, noise);
+        } else if (damage == "truncated") {
+            alter_database(root, {"PRAGMA journal_mode=DELETE"});
+            replace_database(root, tree_writer::read_file(path).left(3 * 4096 + 100));
+        } else {
+            alter_database(root, damage.split("; "));
+        }
+        android_run run;
+        run.prepare(root);
+        run.extract();
+        QCOMPARE(run.tab_values(), (QList<int>{1, 2, 3, 4}));
+        for (int i = 0; i < k_tables.size(); ++i) {
+            if (rows.at(i) >= 0)
+                QCOMPARE(run.rows(k_tables.at(i)), rows.at(i));
+        }
+        if (!logged.isEmpty())
+            QVERIFY(!run.log.messages_with(logged).isEmpty());
+        if (damage.startsWith("UPDATE"))
+            QCOMPARE(test_support::query_rows(run.result_db(), "select distinct duration from media_library "
+                                                               "where file_type='Audio' and play_count='many'"),
+                     (QList<QVariantList>{{"00:00 Min"}}));
+    }
+};
+
+QTEST_MAIN(test_android_extractor)
+#include "test_android_extractor.moc"
