@@ -2,9 +2,8 @@
 // database, the first with the album's cover, the second with its tracks.
 
 #include <QFileInfo>
-#include <QVariant>
 
-#include "android_row_insert.h"
+#include "android_statement.h"
 #include "android_source_run.h"
 #include "plugin_static_function.h"
 #include "vlc_androidos.h"
@@ -31,10 +30,9 @@ const QString k_insert_album =
 // Columns of the Album statement.
 enum album_column { id_album = 0, title = 1, artist_id = 2, thumbnail_id = 5, nb_tracks = 6, duration = 7 };
 
-QString album_title(const QSqlQuery& album)
+QString album_title(const android_statement& album)
 {
-    const QVariant value = album.value(title);
-    return value.isNull() ? QStringLiteral("Unknown Album") : value.toString();
+    return album.is_null(title) ? QStringLiteral("Unknown Album") : album.text(title);
 }
 
 }  // namespace
@@ -50,30 +48,31 @@ void vlc_androidos::extract_album_art()
 
 bool vlc_androidos::insert_album_art_rows(android_source_run& run)
 {
-    android_row_insert insert(run.result(), k_insert_album_art);
-    QSqlQuery thumbnail_query = run.source_query();
-    QSqlQuery artist_query = run.source_query();
+    android_statement insert(run.result(), k_insert_album_art);
+    android_query thumbnail_query(run.source());
+    android_query artist_query(run.source());
     const QString source_file = source_file_text(album_source);
-    QSqlQuery& album = run.rows();
+    android_statement& album = run.rows();
 
     while (album.next()) {
         if (cancel_requested)
             return false;
-        const QString thumbnail = get_thumbnail_path(album.value(thumbnail_id).toString(), thumbnail_query);
-        const QString artist = get_artist_name(album.value(artist_id).toString(), artist_query);
+        const QString thumbnail = get_thumbnail_path(album.text(thumbnail_id), thumbnail_query);
+        const QString artist = get_artist_name(album.text(artist_id), artist_query);
         const QString relative_thumbnail = relative_to_root(thumbnail);
         const QStringList values = {QFileInfo(thumbnail).fileName(),
                                     album_title(album),
                                     relative_thumbnail,
-                                    convert_sec_to_hh_mm_ss(album.value(duration).toString()),
-                                    album.value(nb_tracks).toString(),
+                                    convert_sec_to_hh_mm_ss(album.text(duration)),
+                                    album.text(nb_tracks),
                                     artist,
                                     relative_thumbnail,
                                     relative_thumbnail,
                                     source_file,
                                     os_scheme_display,
                                     plugin_static_function::get_source_count_name()};
-        insert_row(run, insert, values);
+        if (run.insert(insert, values))
+            count_inserted_row();
     }
     return true;
 }
@@ -89,58 +88,58 @@ void vlc_androidos::extract_album()
 
 bool vlc_androidos::insert_album_rows(android_source_run& run)
 {
-    android_row_insert insert(run.result(), k_insert_album);
-    album_track_queries queries{run.source_query(), run.source_query(), run.source_query()};
-    QSqlQuery artist_query = run.source_query();
+    android_statement insert(run.result(), k_insert_album);
+    android_statement tracks(run.source(), k_select_album_tracks);
+    android_query file_name_query(run.source());
+    android_query file_query(run.source());
+    android_query artist_query(run.source());
     const QString source_file = source_file_text(album_source);
-    QSqlQuery& album = run.rows();
+    android_statement& album = run.rows();
 
     while (album.next()) {
         if (cancel_requested)
             return false;
-        const QString artist = get_artist_name(album.value(artist_id).toString(), artist_query);
+        const QString artist = get_artist_name(album.text(artist_id), artist_query);
         QStringList item_info;
         QStringList export_paths;
-        if (!collect_album_tracks(run, album.value(id_album).toString(), queries, &item_info, &export_paths))
+        if (!collect_album_tracks(run, album.text(id_album), tracks, file_name_query, file_query, &item_info,
+                                  &export_paths))
             return false;
         const QStringList values = {album_title(album),
                                     item_info.join(k_separator),
                                     QString::number(item_info.size()),
                                     artist,
-                                    convert_sec_to_hh_mm_ss(album.value(duration).toString()),
+                                    convert_sec_to_hh_mm_ss(album.text(duration)),
                                     export_paths.value(0),
                                     export_paths.join(k_separator),
                                     source_file,
                                     os_scheme_display,
                                     plugin_static_function::get_source_count_name()};
-        insert_row(run, insert, values);
+        if (run.insert(insert, values))
+            count_inserted_row();
     }
     return true;
 }
 
-bool vlc_androidos::collect_album_tracks(android_source_run& run, const QString& album_id,
-                                         album_track_queries& queries, QStringList* item_info,
-                                         QStringList* export_paths)
+bool vlc_androidos::collect_album_tracks(android_source_run& run, const QString& album_id, android_statement& tracks,
+                                         android_query& file_name_query, android_query& file_query,
+                                         QStringList* item_info, QStringList* export_paths)
 {
-    QSqlQuery& tracks = queries.tracks;
-    if (tracks.lastQuery() != k_select_album_tracks)
-        tracks.prepare(k_select_album_tracks);
-    tracks.addBindValue(album_id);
-    if (!tracks.exec()) {
+    if (!tracks.execute(album_id)) {
         // The album is still written, as one without tracks.
         run.log_query_failure("query_select_media_id --------FAILED---------- ", tracks);
         return true;
     }
     QStringList media_ids;
     while (tracks.next())
-        media_ids << tracks.value(0).toString();
+        media_ids << tracks.text(0);
     tracks.finish();
 
     for (const QString& media_id : media_ids) {
         if (cancel_requested)
             return false;
-        const struct_media media = get_file_name(media_id, queries.file_name);
-        const struct_file file = get_file_path(media_id, queries.file);
+        const struct_media media = get_file_name(media_id, file_name_query);
+        const struct_file file = get_file_path(media_id, file_query);
         const QString relative_path = relative_to_root(file.file_path);
         *export_paths << relative_path;
         *item_info << "File Name: " + media.file_name + "; File Size: " + file.file_size + "; File Path:" + relative_path;

@@ -3,9 +3,7 @@
 // prepares it, later calls only bind the new key, so a run of many rows does
 // not parse the same SQL again for each row.
 
-#include <QSqlError>
-#include <QVariant>
-
+#include "android_statement.h"
 #include "plugin_static_function.h"
 #include "vlc_androidos.h"
 
@@ -13,177 +11,170 @@ namespace {
 
 const QString k_separator = ";++::++;";
 
-// Prepares the statement unless the query already holds it, binds the key and
-// runs it; on failure logs the error and the statement with the caller's signature.
-bool run_lookup(QSqlQuery& query, const QString& statement, const QString& key, const QString& signature)
+// Runs the lookup's statement with its key; on failure logs the error and the
+// statement with the caller's signature and gives nothing.
+android_statement* run_lookup(android_query& query, const QString& statement, const QString& key,
+                              const QString& signature)
 {
-    if (query.lastQuery() != statement) {
-        query.setForwardOnly(true);
-        if (!query.prepare(statement)) {
-            plugin_static_function::app_debug(query.lastError().text(), signature);
-            plugin_static_function::app_debug(statement, signature);
-            return false;
-        }
-    }
-    query.addBindValue(key);
-    if (query.exec())
-        return true;
-    plugin_static_function::app_debug(query.lastError().text(), signature);
-    plugin_static_function::app_debug(query.executedQuery(), signature);
-    return false;
-}
-
-QString text_of(const QSqlQuery& query, int column)
-{
-    return query.value(column).toString();
-}
-
-QString cut_trailing_separator(QString text)
-{
-    if (text.endsWith(k_separator))
-        text.chop(k_separator.size());
-    return text;
+    android_statement& prepared = query.prepared(statement);
+    if (prepared.execute(key))
+        return &prepared;
+    plugin_static_function::app_debug(prepared.error_text(), signature);
+    plugin_static_function::app_debug(prepared.statement(), signature);
+    return nullptr;
 }
 
 }  // namespace
 
-struct_audio_track vlc_androidos::get_audio_track_details(QString media_id, QSqlQuery& query)
+struct_audio_track vlc_androidos::get_audio_track_details(QString media_id, android_query& query)
 {
     static const QString signature =
         QStringLiteral("struct_audio_track vlc_androidos::get_audio_track_details(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_audio_track track;
-    if (!run_lookup(query,
-                    QStringLiteral("SELECT id_track,codec,bitrate,samplerate,nb_channels,language,description from "
-                                   "AudioTrack where media_id = ?"),
-                    media_id, signature))
+    android_statement* rows = run_lookup(
+        query,
+        QStringLiteral("SELECT id_track,codec,bitrate,samplerate,nb_channels,language,description from AudioTrack "
+                       "where media_id = ?"),
+        media_id, signature);
+    if (!rows)
         return track;
-    if (query.next()) {
-        track.codec = text_of(query, 1);
-        track.bitrate = text_of(query, 2);
-        track.samplerate = text_of(query, 3);
-        track.nb_channels = text_of(query, 4);
-        track.language = text_of(query, 5);
-        track.description = text_of(query, 6);
+    if (rows->next()) {
+        track.codec = rows->text(1);
+        track.bitrate = rows->text(2);
+        track.samplerate = rows->text(3);
+        track.nb_channels = rows->text(4);
+        track.language = rows->text(5);
+        track.description = rows->text(6);
     }
-    query.finish();
+    rows->finish();
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return track;
 }
 
-struct_video_track vlc_androidos::get_video_track_details(QString media_id, QSqlQuery& query)
+struct_video_track vlc_androidos::get_video_track_details(QString media_id, android_query& query)
 {
     static const QString signature =
         QStringLiteral("struct_video_track vlc_androidos::get_video_track_details(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_video_track track;
-    if (!run_lookup(query,
-                    QStringLiteral("SELECT codec,bitrate,width,height,language,description,fps_num,fps_den,sar_num,"
-                                   "sar_den from VideoTrack where media_id = ?"),
-                    media_id, signature))
+    android_statement* rows = run_lookup(
+        query,
+        QStringLiteral("SELECT codec,bitrate,width,height,language,description,fps_num,fps_den,sar_num,sar_den from "
+                       "VideoTrack where media_id = ?"),
+        media_id, signature);
+    if (!rows)
         return track;
     // The description is selected but deliberately not read: it stays empty.
-    if (query.next()) {
-        track.codec = text_of(query, 0);
-        track.bitrate = text_of(query, 1);
-        track.width = text_of(query, 2);
-        track.height = text_of(query, 3);
-        track.language = text_of(query, 4);
-        track.fps_num = text_of(query, 6);
-        track.fps_den = text_of(query, 7);
-        track.sar_num = text_of(query, 8);
-        track.sar_den = text_of(query, 9);
+    if (rows->next()) {
+        track.codec = rows->text(0);
+        track.bitrate = rows->text(1);
+        track.width = rows->text(2);
+        track.height = rows->text(3);
+        track.language = rows->text(4);
+        track.fps_num = rows->text(6);
+        track.fps_den = rows->text(7);
+        track.sar_num = rows->text(8);
+        track.sar_den = rows->text(9);
     }
-    query.finish();
+    rows->finish();
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return track;
 }
 
-struct_artist vlc_androidos::get_artist_details(QString media_id, QSqlQuery& album_track_query,
-                                                QSqlQuery& album_query)
+struct_artist vlc_androidos::get_artist_details(QString media_id, android_query& album_track_query,
+                                                android_query& album_query)
 {
     static const QString signature =
         QStringLiteral("struct_artist vlc_androidos::get_artist_details(QString, QSqlQuery, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_artist artist;
-    if (!run_lookup(album_track_query, QStringLiteral("SELECT album_id from AlbumTrack where media_id = ?"),
-                    media_id, signature))
+    android_statement* tracks = run_lookup(
+        album_track_query, QStringLiteral("SELECT album_id from AlbumTrack where media_id = ?"), media_id, signature);
+    if (!tracks)
         return artist;
     QString album_id;
-    if (album_track_query.next())
-        album_id = text_of(album_track_query, 0);
-    album_track_query.finish();
+    if (tracks->next())
+        album_id = tracks->text(0);
+    tracks->finish();
 
-    if (!run_lookup(album_query, QStringLiteral("SELECT title, artist_id from Album where id_album = ?"), album_id,
-                    signature))
+    android_statement* albums = run_lookup(
+        album_query, QStringLiteral("SELECT title, artist_id from Album where id_album = ?"), album_id, signature);
+    if (!albums)
         return artist;
-    if (album_query.next()) {
-        const QVariant title = album_query.value(0);
-        artist.album_title = title.isNull() ? QStringLiteral("Unknown Album") : title.toString();
-        artist.artist_id = text_of(album_query, 1);
+    if (albums->next()) {
+        artist.album_title = albums->is_null(0) ? QStringLiteral("Unknown Album") : albums->text(0);
+        artist.artist_id = albums->text(1);
     }
-    album_query.finish();
+    albums->finish();
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return artist;
 }
 
-QString vlc_androidos::get_playlist_name(QString media_id, QSqlQuery& relation_query, QSqlQuery& playlist_query)
+QString vlc_androidos::get_playlist_name(QString media_id, android_query& relation_query,
+                                         android_query& playlist_query)
 {
     static const QString signature =
         QStringLiteral("QString vlc_androidos::get_playlist_name(QString, QSqlQuery, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral(" Starts"), signature);
-    if (!run_lookup(relation_query, QStringLiteral("SELECT playlist_id from PlaylistMediaRelation where media_id = ?"),
-                    media_id, signature))
+    android_statement* relations =
+        run_lookup(relation_query, QStringLiteral("SELECT playlist_id from PlaylistMediaRelation where media_id = ?"),
+                   media_id, signature);
+    if (!relations)
         return QString();
     QStringList playlist_ids;
-    while (relation_query.next())
-        playlist_ids << text_of(relation_query, 0);
-    relation_query.finish();
+    while (relations->next())
+        playlist_ids << relations->text(0);
+    relations->finish();
 
     QString names;
     for (const QString& playlist_id : playlist_ids) {
-        if (!run_lookup(playlist_query, QStringLiteral("SELECT name from Playlist where id_playlist = ?"),
-                        playlist_id, signature))
+        android_statement* playlists = run_lookup(
+            playlist_query, QStringLiteral("SELECT name from Playlist where id_playlist = ?"), playlist_id, signature);
+        if (!playlists)
             continue;
-        while (playlist_query.next())
-            names += text_of(playlist_query, 0) + k_separator;
-        playlist_query.finish();
+        while (playlists->next())
+            names += playlists->text(0) + k_separator;
+        playlists->finish();
     }
+    if (names.endsWith(k_separator))
+        names.chop(k_separator.size());
     plugin_static_function::app_debug(QStringLiteral(" Ends"), signature);
-    return cut_trailing_separator(names);
+    return names;
 }
 
-QString vlc_androidos::get_artist_name(QString artist_id, QSqlQuery& query)
+QString vlc_androidos::get_artist_name(QString artist_id, android_query& query)
 {
     static const QString signature = QStringLiteral("QString vlc_androidos::get_artist_name(QString, QSqlQuery)");
     const auto cached = artist_name_cache.constFind(artist_id);
     if (cached != artist_name_cache.constEnd())
         return cached.value();
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
-    if (!run_lookup(query, QStringLiteral("SELECT name from Artist where id_artist = ?"), artist_id, signature))
+    android_statement* rows =
+        run_lookup(query, QStringLiteral("SELECT name from Artist where id_artist = ?"), artist_id, signature);
+    if (!rows)
         return QString();
-    const QString name = query.next() ? text_of(query, 0) : QString();
-    query.finish();
+    const QString name = rows->next() ? rows->text(0) : QString();
+    rows->finish();
     artist_name_cache.insert(artist_id, name);
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return name;
 }
 
-QString vlc_androidos::get_thumbnail_path(QString thumbnail_id, QSqlQuery& query)
+QString vlc_androidos::get_thumbnail_path(QString thumbnail_id, android_query& query)
 {
     static const QString signature = QStringLiteral("QString vlc_androidos::get_thumbnail_path(QString, QSqlQuery)");
     const auto cached = thumbnail_path_cache.constFind(thumbnail_id);
     if (cached != thumbnail_path_cache.constEnd())
         return cached.value();
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
-    if (!run_lookup(query, QStringLiteral("SELECT mrl from Thumbnail where id_thumbnail = ?"), thumbnail_id,
-                    signature))
+    android_statement* rows = run_lookup(query, QStringLiteral("SELECT mrl from Thumbnail where id_thumbnail = ?"),
+                                         thumbnail_id, signature);
+    if (!rows)
         return QString();
-    QString mrl;
-    const bool found = query.next();
-    if (found)
-        mrl = text_of(query, 0);
-    query.finish();
+    const bool found = rows->next();
+    QString mrl = found ? rows->text(0) : QString();
+    rows->finish();
 
     QString path;
     if (found) {
@@ -194,8 +185,7 @@ QString vlc_androidos::get_thumbnail_path(QString thumbnail_id, QSqlQuery& query
         const QString app_folder = media_library_source.left(media_library_source.indexOf("/r/"));
         const QString external = app_folder + "/ef/" + (thumbs >= 0 ? mrl.mid(thumbs) : mrl);
         const int app_vlc = mrl.indexOf("app_vlc");
-        const QString internal =
-            source_root + "apps/org.videolan.vlc/r/" + (app_vlc >= 0 ? mrl.mid(app_vlc) : mrl);
+        const QString internal = source_root + "apps/org.videolan.vlc/r/" + (app_vlc >= 0 ? mrl.mid(app_vlc) : mrl);
         if (exists_in_image(external, signature))
             path = external;
         else if (exists_in_image(internal, signature))
@@ -206,39 +196,38 @@ QString vlc_androidos::get_thumbnail_path(QString thumbnail_id, QSqlQuery& query
     return path;
 }
 
-struct_media vlc_androidos::get_file_name(QString media_id, QSqlQuery& query)
+struct_media vlc_androidos::get_file_name(QString media_id, android_query& query)
 {
     static const QString signature = QStringLiteral("struct_media vlc_androidos::get_file_name(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_media media;
-    if (!run_lookup(query, QStringLiteral("SELECT filename,duration from Media where id_media = ? "), media_id,
-                    signature))
+    android_statement* rows =
+        run_lookup(query, QStringLiteral("SELECT filename,duration from Media where id_media = ? "), media_id, signature);
+    if (!rows)
         return media;
-    if (query.next()) {
-        media.file_name = text_of(query, 0);
-        media.duration = text_of(query, 1);
+    if (rows->next()) {
+        media.file_name = rows->text(0);
+        media.duration = rows->text(1);
     }
-    query.finish();
+    rows->finish();
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return media;
 }
 
-struct_file vlc_androidos::get_file_path(QString media_id, QSqlQuery& query)
+struct_file vlc_androidos::get_file_path(QString media_id, android_query& query)
 {
     static const QString signature = QStringLiteral("struct_file vlc_androidos::get_file_path(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_file file;
-    if (!run_lookup(query,
-                    QStringLiteral("SELECT playlist_id,mrl,last_modification_date,size,is_removable,is_external from "
-                                   "File where media_id = ?"),
-                    media_id, signature))
+    android_statement* rows = run_lookup(query, k_select_file, media_id, signature);
+    if (!rows)
         return file;
-    if (query.next()) {
-        file.file_size = text_of(query, 3);
-        file.file_path = media_path_from_mrl(text_of(query, 1));
+    if (rows->next()) {
+        file.file_size = rows->text(3);
+        file.file_path = media_path_from_mrl(rows->text(1));
         file.file_exist = exists_in_image(file.file_path, signature) ? "YES" : "NO";
     }
-    query.finish();
+    rows->finish();
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return file;
 }

@@ -1,9 +1,7 @@
 // The media library table: one row per Media row of the media database,
 // enriched with its file, tracks, album, artist, playlists and thumbnail.
 
-#include <QVariant>
-
-#include "android_row_insert.h"
+#include "android_statement.h"
 #include "android_source_run.h"
 #include "plugin_static_function.h"
 #include "vlc_androidos.h"
@@ -16,8 +14,6 @@ const QString k_separator = ";++::++;";
 const QString k_select_media =
     "SELECT id_media,type,subtype,duration,play_count,last_played_date,real_last_played_date,insertion_date,"
     "release_date,thumbnail_id,title,filename,is_favorite,is_present,device_id,nb_playlists,folder_id from Media ";
-const QString k_select_file =
-    "SELECT playlist_id,mrl,last_modification_date,size,is_removable,is_external from File where media_id = ?";
 const QString k_insert =
     "insert into media_library(bookmark,file_name,location,file_size,file_exist,file_type,suffix,title,"
     "playlist_name,duration,artist,image,play_count,favorite,present,removable,external,album,codec,bitrate,"
@@ -31,16 +27,14 @@ QString yes_unless_zero(const QString& value)
     return value == "0" ? "NO" : "YES";
 }
 
-// The lookup statements of one run, each kept prepared on its own query.
+// The lookup query objects of one run, each kept prepared for its statement.
 struct media_lookups
 {
-    explicit media_lookups(const android_source_run& run)
-        : file(run.source_query()), audio(run.source_query()), video(run.source_query()),
-          album_track(run.source_query()), album(run.source_query()), relation(run.source_query()),
-          playlist(run.source_query()), artist(run.source_query()), thumbnail(run.source_query())
+    explicit media_lookups(const QSqlDatabase& db)
+        : audio(db), video(db), album_track(db), album(db), relation(db), playlist(db), artist(db), thumbnail(db)
     {
     }
-    QSqlQuery file, audio, video, album_track, album, relation, playlist, artist, thumbnail;
+    android_query audio, video, album_track, album, relation, playlist, artist, thumbnail;
 };
 
 }  // namespace
@@ -56,38 +50,36 @@ void vlc_androidos::extract_media_library()
 
 bool vlc_androidos::insert_media_library_rows(android_source_run& run)
 {
-    media_lookups lookups(run);
-    lookups.file.prepare(k_select_file);
-    android_row_insert insert(run.result(), k_insert);
+    media_lookups lookups(run.source());
+    android_statement file(run.source(), k_select_file);
+    android_statement insert(run.result(), k_insert);
     const QString source_file = source_file_text(media_library_source);
     const QString source_count_name = plugin_static_function::get_source_count_name();
-    QSqlQuery& media = run.rows();
+    android_statement& media = run.rows();
     QStringList values;
     values.reserve(39);
 
     while (media.next()) {
         if (cancel_requested)
             return false;
-        const QString id_media = media.value(0).toString();
-        const bool is_video = media.value(1).toString() == "1";
-        const QVariant duration_value = media.value(3);
+        const QString id_media = media.text(0);
+        const bool is_video = media.text(1) == "1";
 
-        lookups.file.addBindValue(id_media);
-        if (!lookups.file.exec()) {
-            run.log_query_failure("query_select_file --------FAILED---------- ", lookups.file);
+        if (!file.execute(id_media)) {
+            run.log_query_failure("query_select_file --------FAILED---------- ", file);
             continue;
         }
         QString full_path, file_size, file_exist, suffix, removable, external, modification_date;
-        if (lookups.file.next()) {
-            modification_date = lookups.file.value(2).toString();
-            file_size = lookups.file.value(3).toString();
-            full_path = media_path_from_mrl(lookups.file.value(1).toString());
+        if (file.next()) {
+            modification_date = file.text(2);
+            file_size = file.text(3);
+            full_path = media_path_from_mrl(file.text(1));
             file_exist = exists_in_image(full_path, k_signature) ? "YES" : "NO";
             suffix = plugin_static_function::mining_suffix(full_path);
-            removable = yes_unless_zero(lookups.file.value(4).toString());
-            external = yes_unless_zero(lookups.file.value(5).toString());
+            removable = yes_unless_zero(file.text(4));
+            external = yes_unless_zero(file.text(5));
         }
-        lookups.file.finish();
+        file.finish();
 
         struct_audio_track audio = get_audio_track_details(id_media, lookups.audio);
         const struct_video_track video = is_video ? get_video_track_details(id_media, lookups.video)
@@ -101,29 +93,26 @@ bool vlc_androidos::insert_media_library_rows(android_source_run& run)
         const struct_artist album = get_artist_details(id_media, lookups.album_track, lookups.album);
         const QString playlists = get_playlist_name(id_media, lookups.relation, lookups.playlist);
         const QString artist = get_artist_name(album.artist_id, lookups.artist);
-        const QString thumbnail = get_thumbnail_path(media.value(9).toString(), lookups.thumbnail);
+        const QString thumbnail = get_thumbnail_path(media.text(9), lookups.thumbnail);
 
         const QString relative_path = relative_to_root(full_path);
         const QString relative_thumbnail = relative_to_root(thumbnail);
         QString export_paths = relative_path + k_separator + relative_thumbnail;
         if (export_paths.endsWith(k_separator))
             export_paths.chop(k_separator.size());
-        const QString duration = (duration_value.isNull() || duration_value.toString().isNull())
-                                     ? QString()
-                                     : convert_sec_to_hh_mm_ss(duration_value.toString());
+        const QString duration = media.is_null(3) ? QString() : convert_sec_to_hh_mm_ss(media.text(3));
 
         values.clear();
-        values << media.value(11).toString() << relative_path << file_size << file_exist
-               << (is_video ? "Video" : "Audio") << suffix << media.value(10).toString() << playlists << duration
-               << artist << relative_thumbnail << media.value(4).toString()
-               << yes_unless_zero(media.value(12).toString()) << yes_unless_zero(media.value(13).toString())
-               << removable << external << album.album_title << audio.codec << audio.bitrate << audio.samplerate
-               << audio.nb_channels << audio.language << audio.description << video.width << video.height
-               << video.fps_num << video.fps_den << video.sar_num << video.sar_den << media.value(5).toString()
-               << media.value(6).toString() << media.value(7).toString() << media.value(8).toString()
-               << modification_date << relative_path << export_paths << source_file << os_scheme_display
-               << source_count_name;
-        insert_row(run, insert, values);
+        values << media.text(11) << relative_path << file_size << file_exist << (is_video ? "Video" : "Audio")
+               << suffix << media.text(10) << playlists << duration << artist << relative_thumbnail << media.text(4)
+               << yes_unless_zero(media.text(12)) << yes_unless_zero(media.text(13)) << removable << external
+               << album.album_title << audio.codec << audio.bitrate << audio.samplerate << audio.nb_channels
+               << audio.language << audio.description << video.width << video.height << video.fps_num
+               << video.fps_den << video.sar_num << video.sar_den << media.text(5) << media.text(6) << media.text(7)
+               << media.text(8) << modification_date << relative_path << export_paths << source_file
+               << os_scheme_display << source_count_name;
+        if (run.insert(insert, values))
+            count_inserted_row();
     }
     return true;
 }

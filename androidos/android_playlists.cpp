@@ -1,9 +1,7 @@
 // The playlists table: one row per media item of every playlist in the media
 // database.
 
-#include <QVariant>
-
-#include "android_row_insert.h"
+#include "android_statement.h"
 #include "android_source_run.h"
 #include "plugin_static_function.h"
 #include "vlc_androidos.h"
@@ -33,29 +31,27 @@ void vlc_androidos::extract_playlist()
 
 bool vlc_androidos::insert_playlist_rows(android_source_run& run)
 {
-    android_row_insert insert(run.result(), k_insert);
-    QSqlQuery members = run.source_query();
-    members.prepare(k_select_members);
-    QSqlQuery file_name_query = run.source_query();
-    QSqlQuery file_query = run.source_query();
+    android_statement insert(run.result(), k_insert);
+    android_statement members(run.source(), k_select_members);
+    android_query file_name_query(run.source());
+    android_query file_query(run.source());
     const QString source_file = source_file_text(playlist_source);
     const QString source_count_name = plugin_static_function::get_source_count_name();
-    QSqlQuery& playlist = run.rows();
+    android_statement& playlist = run.rows();
 
     while (playlist.next()) {
         if (cancel_requested)
             return false;
-        const QString name = playlist.value(1).toString();
-        const QString creation_date = playlist.value(3).toString();
-        members.addBindValue(playlist.value(0).toString());
-        if (!members.exec()) {
+        const QString name = playlist.text(1);
+        const QString creation_date = playlist.text(3);
+        if (!members.execute(playlist.text(0))) {
             // Nothing more can be trusted of this table: end it, keeping the rows so far.
             run.log_query_failure("query_select_media_id --------FAILED---------- ", members);
             return false;
         }
         QStringList media_ids;
         while (members.next())
-            media_ids << members.value(0).toString();
+            media_ids << members.text(0);
         members.finish();
 
         for (const QString& media_id : media_ids) {
@@ -80,7 +76,8 @@ bool vlc_androidos::insert_playlist_rows(android_source_run& run)
                                         source_file,
                                         os_scheme_display,
                                         source_count_name};
-            insert_row(run, insert, values);
+            if (run.insert(insert, values))
+                count_inserted_row();
         }
     }
     return true;

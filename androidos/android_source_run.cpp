@@ -1,7 +1,6 @@
 #include "android_source_run.h"
 
 #include <QFileInfo>
-#include <QSqlError>
 
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
@@ -45,21 +44,13 @@ bool android_source_run::start(const QString& source_path, plugin_helper_functio
         return false;
     }
 
-    m_rows = QSqlQuery(m_source->db());
-    m_rows.setForwardOnly(true);
-    if (!m_rows.prepare(select_statement) || !m_rows.exec()) {
-        log_query_failure("query_select --------FAILED---------- ", m_rows);
+    m_rows = std::make_unique<android_statement>(m_source->db(), select_statement);
+    if (!m_rows->execute(QStringList())) {
+        log_query_failure("query_select --------FAILED---------- ", *m_rows);
         close();
         return false;
     }
     return true;
-}
-
-QSqlQuery android_source_run::source_query() const
-{
-    QSqlQuery query(m_source->db());
-    query.setForwardOnly(true);
-    return query;
 }
 
 QString android_source_run::source_name() const
@@ -67,18 +58,21 @@ QString android_source_run::source_name() const
     return m_source ? m_source->db().databaseName() : QString();
 }
 
-void android_source_run::log_query_failure(const QString& headline, const QSqlQuery& query) const
+void android_source_run::log_query_failure(const QString& headline, const android_statement& statement) const
 {
     plugin_static_function::app_debug(headline + source_name(), m_signature);
-    plugin_static_function::app_debug(query.lastError().text(), m_signature);
-    plugin_static_function::app_debug(query.executedQuery(), m_signature);
+    plugin_static_function::app_debug(statement.error_text(), m_signature);
+    plugin_static_function::app_debug(statement.statement(), m_signature);
 }
 
-void android_source_run::log_insert_failure(const QString& error_text, const QString& statement) const
+bool android_source_run::insert(android_statement& insert, const QStringList& values) const
 {
+    if (insert.execute(values))
+        return true;
     plugin_static_function::app_debug("Insertion Query -----FAILED-----", m_signature);
-    plugin_static_function::app_debug(error_text, m_signature);
-    plugin_static_function::app_debug(statement, m_signature);
+    plugin_static_function::app_debug(insert.error_text(), m_signature);
+    plugin_static_function::app_debug(insert.statement(), m_signature);
+    return false;
 }
 
 void android_source_run::finish()
@@ -89,7 +83,7 @@ void android_source_run::finish()
 
 void android_source_run::close()
 {
-    m_rows = QSqlQuery();
+    m_rows.reset();
     m_source.reset();
     if (m_result) {
         m_result->db().commit();

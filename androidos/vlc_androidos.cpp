@@ -2,8 +2,6 @@
 
 #include <QFileInfo>
 
-#include "android_row_insert.h"
-#include "android_source_run.h"
 #include "plugin_static_function.h"
 #include "source_path_guard.h"
 
@@ -12,6 +10,9 @@ namespace {
 const QString k_database_relative = "apps/org.videolan.vlc/r/app_db/vlc_media.db";
 
 }  // namespace
+
+const QString vlc_androidos::k_select_file =
+    "SELECT playlist_id,mrl,last_modification_date,size,is_removable,is_external from File where media_id = ?";
 
 vlc_androidos::vlc_androidos(QWidget* parent) : extractor_base(parent)
 {
@@ -122,12 +123,4 @@ bool vlc_androidos::exists_in_image(const QString& path, const QString& caller) 
     // Paths built from database text may climb out of the image with "..";
     // those count as absent and are never looked at.
     return source_path_guard::exists_inside(path, source_root, caller);
-}
-
-void vlc_androidos::insert_row(android_source_run& run, android_row_insert& insert, const QStringList& values)
-{
-    if (insert.execute(values))
-        count_inserted_row();
-    else
-        run.log_insert_failure(insert.error_text(), insert.statement());
 }

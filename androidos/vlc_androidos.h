@@ -4,12 +4,12 @@
 // database read into the media library, album art, album and playlist tables.
 
 #include <QHash>
-#include <QSqlQuery>
 
 #include "extractor_base.h"
 
-class android_row_insert;
+class android_query;
 class android_source_run;
+class android_statement;
 
 struct struct_audio_track
 {
@@ -85,14 +85,15 @@ private:
     // One fact about one media item each. A query object is dedicated to one
     // statement for the whole run: the statement is prepared on its first use
     // and only re-bound afterwards.
-    struct_audio_track get_audio_track_details(QString media_id, QSqlQuery& query);
-    struct_video_track get_video_track_details(QString media_id, QSqlQuery& query);
-    struct_artist get_artist_details(QString media_id, QSqlQuery& album_track_query, QSqlQuery& album_query);
-    QString get_playlist_name(QString media_id, QSqlQuery& relation_query, QSqlQuery& playlist_query);
-    QString get_artist_name(QString artist_id, QSqlQuery& query);
-    QString get_thumbnail_path(QString thumbnail_id, QSqlQuery& query);
-    struct_media get_file_name(QString media_id, QSqlQuery& query);
-    struct_file get_file_path(QString media_id, QSqlQuery& query);
+    static const QString k_select_file;
+    struct_audio_track get_audio_track_details(QString media_id, android_query& query);
+    struct_video_track get_video_track_details(QString media_id, android_query& query);
+    struct_artist get_artist_details(QString media_id, android_query& album_track_query, android_query& album_query);
+    QString get_playlist_name(QString media_id, android_query& relation_query, android_query& playlist_query);
+    QString get_artist_name(QString artist_id, android_query& query);
+    QString get_thumbnail_path(QString thumbnail_id, android_query& query);
+    struct_media get_file_name(QString media_id, android_query& query);
+    struct_file get_file_path(QString media_id, android_query& query);
 
     // Full path of a media file in the image from its mrl.
     QString media_path_from_mrl(QString mrl) const;
@@ -107,16 +108,11 @@ private:
     bool insert_album_art_rows(android_source_run& run);
     bool insert_album_rows(android_source_run& run);
     bool insert_playlist_rows(android_source_run& run);
-    // Inserts one result row; counts it, or logs why it failed.
-    void insert_row(android_source_run& run, android_row_insert& insert, const QStringList& values);
     // One album's tracks as its row's item information and export paths;
     // false when cancelled.
-    struct album_track_queries
-    {
-        QSqlQuery tracks, file_name, file;
-    };
-    bool collect_album_tracks(android_source_run& run, const QString& album_id, album_track_queries& queries,
-                              QStringList* item_info, QStringList* export_paths);
+    bool collect_album_tracks(android_source_run& run, const QString& album_id, android_statement& tracks,
+                              android_query& file_name_query, android_query& file_query, QStringList* item_info,
+                              QStringList* export_paths);
 
     QString media_library_source;
     QString album_source;

@@ -1,0 +1,133 @@
+#include "android_statement.h"
+
+#include <QSqlDriver>
+#include <QSqlError>
+#include <QVariant>
+
+#include <sqlite3.h>
+
+namespace {
+
+// The SQLite version that the connection's driver runs, asked through Qt.
+QString driver_sqlite_version(const QSqlDatabase& db)
+{
+    QSqlQuery query(db);
+    if (!query.exec("select sqlite_version()") || !query.next())
+        return QString();
+    return query.value(0).toString();
+}
+
+}  // namespace
+
+android_statement::android_statement(const QSqlDatabase& db, const QString& statement)
+    : m_statement(statement), m_query(db)
+{
+    if (prepare_raw(db))
+        return;
+    m_query.setForwardOnly(true);
+    m_query_prepared = m_query.prepare(statement);
+    if (!m_query_prepared)
+        m_error = m_query.lastError().text();
+}
+
+android_statement::~android_statement()
+{
+    if (m_raw)
+        sqlite3_finalize(m_raw);
+}
+
+bool android_statement::prepare_raw(const QSqlDatabase& db)
+{
+    const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        return false;
+    // A handle from another SQLite copy must never reach this library's calls.
+    if (driver_sqlite_version(db) != QString::fromLatin1(sqlite3_libversion()))
+        return false;
+    sqlite3* connection = *static_cast<sqlite3* const*>(handle.data());
+    if (!connection)
+        return false;
+    const QByteArray text = m_statement.toUtf8();
+    if (sqlite3_prepare_v2(connection, text.constData(), int(text.size()), &m_raw, nullptr) == SQLITE_OK)
+        return true;
+    m_error = QString::fromUtf8(sqlite3_errmsg(connection));
+    sqlite3_finalize(m_raw);
+    m_raw = nullptr;
+    return false;
+}
+
+bool android_statement::execute(const QStringList& values)
+{
+    m_row_pending = false;
+    if (!m_raw) {
+        if (!m_query_prepared)
+            return false;
+        for (int i = 0; i < values.size(); ++i)
+            m_query.bindValue(i, values.at(i));
+        if (m_query.exec())
+            return true;
+        m_error = m_query.lastError().text();
+        return false;
+    }
+    sqlite3_reset(m_raw);
+    for (int i = 0; i < values.size(); ++i) {
+        const QString& value = values.at(i);
+        if (value.isNull()) {
+            sqlite3_bind_null(m_raw, i + 1);
+        } else {
+            const QByteArray utf8 = value.toUtf8();
+            sqlite3_bind_text(m_raw, i + 1, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
+        }
+    }
+    // The first step runs here, so a statement that fails on its first row
+    // fails as a whole, as with Qt.
+    const int status = sqlite3_step(m_raw);
+    if (status == SQLITE_ROW || status == SQLITE_DONE) {
+        m_row_pending = status == SQLITE_ROW;
+        return true;
+    }
+    m_error = QString::fromUtf8(sqlite3_errmsg(sqlite3_db_handle(m_raw)));
+    sqlite3_reset(m_raw);
+    return false;
+}
+
+bool android_statement::next()
+{
+    if (!m_raw)
+        return m_query_prepared && m_query.next();
+    if (m_row_pending) {
+        m_row_pending = false;
+        return true;
+    }
+    if (sqlite3_stmt_busy(m_raw) && sqlite3_step(m_raw) == SQLITE_ROW)
+        return true;
+    sqlite3_reset(m_raw);
+    return false;
+}
+
+QString android_statement::text(int column) const
+{
+    if (!m_raw)
+        return m_query.value(column).toString();
+    const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(m_raw, column));
+    if (!data)
+        return QString();
+    const int size = sqlite3_column_bytes(m_raw, column);
+    return size == 0 ? QStringLiteral("") : QString::fromUtf8(data, size);
+}
+
+bool android_statement::is_null(int column) const
+{
+    if (!m_raw)
+        return m_query.value(column).isNull();
+    return sqlite3_column_type(m_raw, column) == SQLITE_NULL;
+}
+
+void android_statement::finish()
+{
+    m_row_pending = false;
+    if (m_raw)
+        sqlite3_reset(m_raw);
+    else
+        m_query.finish();
+}
