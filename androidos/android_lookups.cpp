@@ -98,6 +98,12 @@ struct_artist vlc_androidos::get_artist_details(QString media_id, android_query&
         album_id = tracks->text(0);
     tracks->finish();
 
+    // An album's dozen tracks ask for the same album.
+    const auto cached = album_cache.constFind(album_id);
+    if (cached != album_cache.constEnd()) {
+        plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
+        return cached.value();
+    }
     android_statement* albums = run_lookup(
         album_query, QStringLiteral("SELECT title, artist_id from Album where id_album = ?"), album_id, signature);
     if (!albums)
@@ -107,6 +113,7 @@ struct_artist vlc_androidos::get_artist_details(QString media_id, android_query&
         artist.artist_id = albums->text(1);
     }
     albums->finish();
+    album_cache.insert(album_id, artist);
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return artist;
 }
@@ -129,13 +136,21 @@ QString vlc_androidos::get_playlist_name(QString media_id, android_query& relati
 
     QString names;
     for (const QString& playlist_id : playlist_ids) {
-        android_statement* playlists = run_lookup(
-            playlist_query, QStringLiteral("SELECT name from Playlist where id_playlist = ?"), playlist_id, signature);
-        if (!playlists)
-            continue;
-        while (playlists->next())
-            names += playlists->text(0) + k_separator;
-        playlists->finish();
+        // Every member of a playlist asks for the same names.
+        auto cached = playlist_names_cache.constFind(playlist_id);
+        if (cached == playlist_names_cache.constEnd()) {
+            android_statement* playlists = run_lookup(
+                playlist_query, QStringLiteral("SELECT name from Playlist where id_playlist = ?"), playlist_id,
+                signature);
+            if (!playlists)
+                continue;
+            QString found;
+            while (playlists->next())
+                found += playlists->text(0) + k_separator;
+            playlists->finish();
+            cached = playlist_names_cache.insert(playlist_id, found);
+        }
+        names += cached.value();
     }
     if (names.endsWith(k_separator))
         names.chop(k_separator.size());

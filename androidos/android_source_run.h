@@ -44,6 +44,8 @@ public:
     void finish();
 
 private:
+    static constexpr int k_source_cache_kib = 32 * 1024;
+    void tune_source_cache();
     void close();
 
     QString m_signature;

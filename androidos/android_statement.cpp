@@ -70,13 +70,15 @@ bool android_statement::execute(const QStringList& values)
         return false;
     }
     sqlite3_reset(m_raw);
+    // The text stays in m_bound until the next run, so SQLite need not copy it.
+    m_bound.resize(values.size());
     for (int i = 0; i < values.size(); ++i) {
         const QString& value = values.at(i);
         if (value.isNull()) {
             sqlite3_bind_null(m_raw, i + 1);
         } else {
-            const QByteArray utf8 = value.toUtf8();
-            sqlite3_bind_text(m_raw, i + 1, utf8.constData(), int(utf8.size()), SQLITE_TRANSIENT);
+            m_bound[i] = value.toUtf8();
+            sqlite3_bind_text(m_raw, i + 1, m_bound.at(i).constData(), int(m_bound.at(i).size()), SQLITE_STATIC);
         }
     }
     // The first step runs here, so a statement that fails on its first row
@@ -99,16 +101,17 @@ bool android_statement::next()
         m_row_pending = false;
         return true;
     }
-    if (sqlite3_stmt_busy(m_raw) && sqlite3_step(m_raw) == SQLITE_ROW)
-        return true;
-    sqlite3_reset(m_raw);
-    return false;
+    return sqlite3_stmt_busy(m_raw) && sqlite3_step(m_raw) == SQLITE_ROW;
 }
 
 QString android_statement::text(int column) const
 {
     if (!m_raw)
         return m_query.value(column).toString();
+    // Numbers are formatted here: asking SQLite for their text makes it
+    // allocate a copy of each.
+    if (sqlite3_column_type(m_raw, column) == SQLITE_INTEGER)
+        return QString::number(sqlite3_column_int64(m_raw, column));
     const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(m_raw, column));
     if (!data)
         return QString();

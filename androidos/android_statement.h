@@ -11,6 +11,8 @@
 // Qt build with its own SQLite copy), a prepared QSqlQuery does the same work
 // more slowly.
 
+#include <QByteArray>
+#include <QList>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
@@ -50,6 +52,7 @@ private:
     QString m_statement;
     QString m_error;
     sqlite3_stmt* m_raw = nullptr;
+    QList<QByteArray> m_bound;
     bool m_row_pending = false;
     QSqlQuery m_query;
     bool m_query_prepared = false;

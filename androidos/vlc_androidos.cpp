@@ -1,5 +1,6 @@
 #include "vlc_androidos.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include "plugin_static_function.h"
@@ -51,8 +52,7 @@ void vlc_androidos::extract_plugin_artifacts()
     plugin_static_function::app_debug("[extract_plugin_artifacts] starts", signature);
 
     if (extraction_allowed()) {
-        artist_name_cache.clear();
-        thumbnail_path_cache.clear();
+        clear_lookup_caches();
         const QList<QPair<QString, void (vlc_androidos::*)()>> tables = {
             {"media_library", &vlc_androidos::extract_media_library},
             {"album_art", &vlc_androidos::extract_album_art},
@@ -68,6 +68,15 @@ void vlc_androidos::extract_plugin_artifacts()
     }
 
     plugin_static_function::app_debug("[extract_plugin_artifacts] ends", signature);
+}
+
+void vlc_androidos::clear_lookup_caches()
+{
+    album_cache.clear();
+    playlist_names_cache.clear();
+    artist_name_cache.clear();
+    thumbnail_path_cache.clear();
+    folder_inside_root_cache.clear();
 }
 
 QString vlc_androidos::convert_sec_to_hh_mm_ss(QString milliseconds)
@@ -88,7 +97,12 @@ QString vlc_androidos::convert_sec_to_hh_mm_ss(QString milliseconds)
 
 QString vlc_androidos::prepend_zero_for_time(QString number, int width)
 {
-    return QString("%1").arg(number.toULongLong(nullptr, 10), width, 10, QChar('0'));
+    // Same text as QString("%1").arg(value, width, 10, '0'), without the
+    // format parsing that costs more than the rest of a row's durations.
+    QString text = QString::number(number.toULongLong(nullptr, 10));
+    if (text.size() < width)
+        text.prepend(QString(width - text.size(), QChar('0')));
+    return text;
 }
 
 QString vlc_androidos::media_path_from_mrl(QString mrl) const
@@ -118,9 +132,23 @@ QString vlc_androidos::source_file_text(const QString& source_path) const
     return parts.value(0);
 }
 
-bool vlc_androidos::exists_in_image(const QString& path, const QString& caller) const
+bool vlc_androidos::exists_in_image(const QString& path, const QString& caller)
 {
-    // Paths built from database text may climb out of the image with "..";
-    // those count as absent and are never looked at.
-    return source_path_guard::exists_inside(path, source_root, caller);
+    // Paths built from database text may climb out of the image with ".." or
+    // through links; those count as absent and are never looked at. Resolving
+    // every path in full costs a system call per folder level, for each of a
+    // hundred thousand rows; a folder's answer is the same for every file in
+    // it, so a plain (already clean) path whose folder was found inside the
+    // root needs only its own entry checked for being a link.
+    const int slash = path.lastIndexOf('/');
+    if (slash <= 0 || QDir::cleanPath(path) != path)
+        return source_path_guard::exists_inside(path, source_root, caller);
+    const QString folder = path.left(slash);
+    auto known = folder_inside_root_cache.constFind(folder);
+    if (known == folder_inside_root_cache.constEnd())
+        known = folder_inside_root_cache.insert(folder, source_path_guard::is_inside_root(folder, source_root));
+    const QFileInfo entry(path);
+    if (!known.value() || entry.isSymLink())
+        return source_path_guard::exists_inside(path, source_root, caller);
+    return entry.exists();
 }

@@ -101,7 +101,8 @@ private:
     QString relative_to_root(const QString& full_path) const;
     // The relative form of a source database for the source_file column.
     QString source_file_text(const QString& source_path) const;
-    bool exists_in_image(const QString& path, const QString& caller) const;
+    bool exists_in_image(const QString& path, const QString& caller);
+    void clear_lookup_caches();
     // The row loops of the four tables; false when the run was cancelled or
     // ended early (no end line then).
     bool insert_media_library_rows(android_source_run& run);
@@ -117,7 +118,12 @@ private:
     QString media_library_source;
     QString album_source;
     QString playlist_source;
-    // Artists and thumbnails repeat across rows; each is looked up once a run.
+    // Albums, playlists, artists and thumbnails repeat across rows; each is
+    // looked up once a run.
+    QHash<QString, struct_artist> album_cache;
+    QHash<QString, QString> playlist_names_cache;
     QHash<QString, QString> artist_name_cache;
     QHash<QString, QString> thumbnail_path_cache;
+    // Folders of the image already resolved: inside the source root or not.
+    QHash<QString, bool> folder_inside_root_cache;
 };

@@ -7,7 +7,7 @@ packages=(
   build-essential cmake pkg-config git
   qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins libqt6sql6-sqlite libgl-dev
   liblnk-dev libolecf-dev libplist-dev
-  sqlite3
+  sqlite3 libsqlite3-dev
 )
 # Optional extras used by the cross-check tests, fuzzers and sanitizer builds.
 if [ "${VLC_ARTIFACTS_EXTRA:-0}" = "1" ]; then
