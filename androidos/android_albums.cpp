@@ -39,11 +39,7 @@ QString album_title(const android_statement& album)
 
 void vlc_androidos::extract_album_art()
 {
-    android_source_run run(k_album_art_signature, destination_db_path);
-    if (!run.start(album_source, helper_obj, k_select_album))
-        return;
-    if (insert_album_art_rows(run))
-        run.finish();
+    run_table(k_album_art_signature, album_source, k_select_album, &vlc_androidos::insert_album_art_rows);
 }
 
 bool vlc_androidos::insert_album_art_rows(android_source_run& run)
@@ -79,11 +75,7 @@ bool vlc_androidos::insert_album_art_rows(android_source_run& run)
 
 void vlc_androidos::extract_album()
 {
-    android_source_run run(k_album_signature, destination_db_path);
-    if (!run.start(album_source, helper_obj, k_select_album))
-        return;
-    if (insert_album_rows(run))
-        run.finish();
+    run_table(k_album_signature, album_source, k_select_album, &vlc_androidos::insert_album_rows);
 }
 
 bool vlc_androidos::insert_album_rows(android_source_run& run)

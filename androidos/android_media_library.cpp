@@ -41,11 +41,7 @@ struct media_lookups
 
 void vlc_androidos::extract_media_library()
 {
-    android_source_run run(k_signature, destination_db_path);
-    if (!run.start(media_library_source, helper_obj, k_select_media))
-        return;
-    if (insert_media_library_rows(run))
-        run.finish();
+    run_table(k_signature, media_library_source, k_select_media, &vlc_androidos::insert_media_library_rows);
 }
 
 bool vlc_androidos::insert_media_library_rows(android_source_run& run)

@@ -22,11 +22,7 @@ const QString k_insert =
 
 void vlc_androidos::extract_playlist()
 {
-    android_source_run run(k_signature, destination_db_path);
-    if (!run.start(playlist_source, helper_obj, k_select_playlist))
-        return;
-    if (insert_playlist_rows(run))
-        run.finish();
+    run_table(k_signature, playlist_source, k_select_playlist, &vlc_androidos::insert_playlist_rows);
 }
 
 bool vlc_androidos::insert_playlist_rows(android_source_run& run)

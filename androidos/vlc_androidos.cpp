@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include "android_source_run.h"
 #include "plugin_static_function.h"
 #include "source_path_guard.h"
 
@@ -68,6 +69,17 @@ void vlc_androidos::extract_plugin_artifacts()
     }
 
     plugin_static_function::app_debug("[extract_plugin_artifacts] ends", signature);
+}
+
+void vlc_androidos::run_table(const QString& signature, const QString& source_path, const QString& select_statement,
+                              bool (vlc_androidos::*insert_rows)(android_source_run&))
+{
+    android_source_run run(signature, destination_db_path);
+    if (!run.start(source_path, helper_obj, select_statement))
+        return;
+    // A cancelled or broken-off table closes without its end line.
+    if ((this->*insert_rows)(run))
+        run.finish();
 }
 
 void vlc_androidos::clear_lookup_caches()

@@ -103,6 +103,9 @@ private:
     QString source_file_text(const QString& source_path) const;
     bool exists_in_image(const QString& path, const QString& caller);
     void clear_lookup_caches();
+    // One table: the common frame around its row loop.
+    void run_table(const QString& signature, const QString& source_path, const QString& select_statement,
+                   bool (vlc_androidos::*insert_rows)(android_source_run&));
     // The row loops of the four tables; false when the run was cancelled or
     // ended early (no end line then).
     bool insert_media_library_rows(android_source_run& run);
