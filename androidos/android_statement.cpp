@@ -58,29 +58,29 @@ bool android_statement::prepare_raw(const QSqlDatabase& db)
 
 bool android_statement::execute(const QStringList& values)
 {
+    return execute(values.constData(), values.size());
+}
+
+bool android_statement::execute(const QString& value)
+{
+    return execute(&value, 1);
+}
+
+bool android_statement::execute(const QString* values, qsizetype count)
+{
     m_row_pending = false;
     if (!m_raw) {
         if (!m_query_prepared)
             return false;
-        for (int i = 0; i < values.size(); ++i)
-            m_query.bindValue(i, values.at(i));
+        for (qsizetype i = 0; i < count; ++i)
+            m_query.bindValue(int(i), values[i]);
         if (m_query.exec())
             return true;
         m_error = m_query.lastError().text();
         return false;
     }
     sqlite3_reset(m_raw);
-    // The text stays in m_bound until the next run, so SQLite need not copy it.
-    m_bound.resize(values.size());
-    for (int i = 0; i < values.size(); ++i) {
-        const QString& value = values.at(i);
-        if (value.isNull()) {
-            sqlite3_bind_null(m_raw, i + 1);
-        } else {
-            m_bound[i] = value.toUtf8();
-            sqlite3_bind_text(m_raw, i + 1, m_bound.at(i).constData(), int(m_bound.at(i).size()), SQLITE_STATIC);
-        }
-    }
+    bind_raw(values, count);
     // The first step runs here, so a statement that fails on its first row
     // fails as a whole, as with Qt.
     const int status = sqlite3_step(m_raw);
@@ -91,6 +91,28 @@ bool android_statement::execute(const QStringList& values)
     m_error = QString::fromUtf8(sqlite3_errmsg(sqlite3_db_handle(m_raw)));
     sqlite3_reset(m_raw);
     return false;
+}
+
+void android_statement::bind_raw(const QString* values, qsizetype count)
+{
+    // All values are encoded into one buffer that lives until the next run,
+    // so a row costs no allocation once the buffer has grown, and SQLite need
+    // not copy the text.
+    qsizetype required = 0;
+    for (qsizetype i = 0; i < count; ++i)
+        required += m_encoder.requiredSpace(values[i].size());
+    if (m_utf8.size() < required)
+        m_utf8.resize(required);
+    char* out = m_utf8.data();
+    for (qsizetype i = 0; i < count; ++i) {
+        if (values[i].isNull()) {
+            sqlite3_bind_null(m_raw, int(i) + 1);
+            continue;
+        }
+        char* const begin = out;
+        out = m_encoder.appendToBuffer(out, values[i]);
+        sqlite3_bind_text(m_raw, int(i) + 1, begin, int(out - begin), SQLITE_STATIC);
+    }
 }
 
 bool android_statement::next()

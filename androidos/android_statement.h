@@ -12,10 +12,10 @@
 // more slowly.
 
 #include <QByteArray>
-#include <QList>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
+#include <QStringEncoder>
 #include <QStringList>
 
 #include <memory>
@@ -34,7 +34,7 @@ public:
     // Binds the values in order as text (a null text as NULL) and runs the
     // statement up to its first row; false when preparing or running failed.
     bool execute(const QStringList& values);
-    bool execute(const QString& value) { return execute(QStringList{value}); }
+    bool execute(const QString& value);
     // The next result row of a query; false at the end or on an error.
     bool next();
     // A column of the current row as text; NULL is a null text.
@@ -48,11 +48,14 @@ public:
 
 private:
     bool prepare_raw(const QSqlDatabase& db);
+    bool execute(const QString* values, qsizetype count);
+    void bind_raw(const QString* values, qsizetype count);
 
     QString m_statement;
     QString m_error;
     sqlite3_stmt* m_raw = nullptr;
-    QList<QByteArray> m_bound;
+    QStringEncoder m_encoder{QStringEncoder::Utf8};
+    QByteArray m_utf8;
     bool m_row_pending = false;
     QSqlQuery m_query;
     bool m_query_prepared = false;

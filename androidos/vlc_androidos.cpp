@@ -99,12 +99,22 @@ QString vlc_androidos::convert_sec_to_hh_mm_ss(QString milliseconds)
         value = 0;
     const qint32 hours = value / 3600000;
     const qint32 remainder = (value / 1000) % 3600;
-    const QString hh = prepend_zero_for_time(QString::number(hours), 2);
-    const QString mm = prepend_zero_for_time(QString::number(remainder / 60), 2);
-    const QString ss = prepend_zero_for_time(QString::number(remainder % 60), 2);
-    if (hh.trimmed() != "00")
-        return hh + ":" + mm + ":" + ss + " Hrs";
-    return mm + ":" + ss + " Min";
+    const QString mm_ss = two_digits(remainder / 60) + ":" + two_digits(remainder % 60);
+    const QString hh = two_digits(hours);
+    if (hh != "00")
+        return hh + ":" + mm_ss + " Hrs";
+    return mm_ss + " Min";
+}
+
+QString vlc_androidos::two_digits(qint64 value)
+{
+    // What prepend_zero_for_time(QString::number(value), 2) gives, without
+    // the round trip through text: a negative number reads as 0 there.
+    if (value < 0)
+        return QStringLiteral("00");
+    if (value < 10)
+        return QChar('0') + QString(QChar(char16_t(u'0' + value)));
+    return QString::number(value);
 }
 
 QString vlc_androidos::prepend_zero_for_time(QString number, int width)

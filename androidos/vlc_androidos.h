@@ -95,6 +95,7 @@ private:
     struct_media get_file_name(QString media_id, android_query& query);
     struct_file get_file_path(QString media_id, android_query& query);
 
+    static QString two_digits(qint64 value);
     // Full path of a media file in the image from its mrl.
     QString media_path_from_mrl(QString mrl) const;
     // A path below the source root as it goes into a row.
