@@ -85,7 +85,6 @@ private:
     // One fact about one media item each. A query object is dedicated to one
     // statement for the whole run: the statement is prepared on its first use
     // and only re-bound afterwards.
-    static const QString k_select_file;
     struct_audio_track get_audio_track_details(QString media_id, android_query& query);
     struct_video_track get_video_track_details(QString media_id, android_query& query);
     struct_artist get_artist_details(QString media_id, android_query& album_track_query, android_query& album_query);
@@ -95,6 +94,8 @@ private:
     struct_media get_file_name(QString media_id, android_query& query);
     struct_file get_file_path(QString media_id, android_query& query);
 
+    // The File statement, shared by the media library and get_file_path.
+    static const QString k_select_file;
     static QString two_digits(qint64 value);
     // Full path of a media file in the image from its mrl.
     QString media_path_from_mrl(QString mrl) const;
