@@ -84,8 +84,10 @@ void vlc_winos::extract_recents()
     }
 
     for (const struct_recents& record : recents_list) {
-        if (cancel_requested)
-            break;
+        if (cancel_requested) {
+            finish();
+            return;
+        }
         const QString media_path = media_path_on_source(record.local_path);
         const bool exists = source_path_guard::exists_inside(media_path, source_root, sig_recents);
         const QString relative = relative_to_source(media_path);
