@@ -62,6 +62,8 @@ QString read_text(liblnk_file_t* file, liblnk_error_t** error, size_call get_siz
 {
     QByteArray bytes = read_sized(file, error, get_size, get_value);
     bytes.replace('\0', QByteArray());
+    if (bytes.isEmpty())
+        return QString();
     return QString::fromLocal8Bit(bytes);
 }
 

@@ -52,7 +52,9 @@ class test_vlc_winos : public QObject
     plugin_helper_functions helper;
     debug_log_capture log;
 
-    QString root_path() const { return root.path() + "/"; }
+    // The source is a folder of its own, so a test can put files beside it
+    // that ".." paths in the evidence would reach.
+    QString root_path() const { return root.path() + "/src/"; }
     QString database() const { return out.path() + "/VLC.sqlite"; }
 
     void configure(vlc_winos& winos, const QList<QString>& tables, int engine,
@@ -74,14 +76,14 @@ class test_vlc_winos : public QObject
     void write(const QString& relative, const QByteArray& data)
     {
         QString error;
-        QVERIFY2(tree_writer::write_file(root.path(), relative, data, &error), qPrintable(error));
+        QVERIFY2(tree_writer::write_file(root_path(), relative, data, &error), qPrintable(error));
     }
 
     // An empty file that claims gigabytes: sparse, so cheap to make.
     void write_huge(const QString& relative, const QByteArray& head)
     {
         write(relative, head);
-        QFile file(root.filePath(relative));
+        QFile file(root_path() + relative);
         QVERIFY(file.resize(3LL * 1024 * 1024 * 1024));
     }
 
@@ -179,6 +181,28 @@ private slots:
         QCOMPARE(test_support::count_rows(database(), "recents"), 1);
         QVERIFY(!QFileInfo::exists(out.path() + "/Files"));
         QVERIFY(log.messages_with("[extract_recents]---ENDS---").isEmpty());
+    }
+
+    void paths_leading_outside_the_source_are_absent_and_never_read()
+    {
+        // Beside the source: reachable only by climbing out of it.
+        QString error;
+        QVERIFY(tree_writer::write_file(root.path(), "outside.mp3", "x", &error));
+        QVERIFY(tree_writer::write_file(root.path(), "outside.m3u",
+                                        "#EXTINF:5,Five\r\nC:\\src\\Users\\ann\\a.mp3\r\n#\r\n", &error));
+        write("Users/ann" + k_recent + k_jump_list,
+              jump_list_of({"C:\\..\\outside.mp3", "C:\\Users\\..\\..\\outside.m3u"}));
+        vlc_winos winos;
+        configure(winos, {"recents", "playlists"}, 0, {{"ann", ""}});
+        winos.winos_find_artifacts_source();
+        winos.winos_extract_artifacts();
+        const auto rows = test_support::query_rows(database(), "select file_exist, file_size from recents");
+        QCOMPARE(rows.size(), 2);
+        for (const auto& row : rows)
+            QCOMPARE(row.at(0).toString(), QString("NO"));
+        QCOMPARE(test_support::count_rows(database(), "playlists"), 0);
+        // Each refused path is logged once, the playlist included.
+        QCOMPARE(log.messages_with("path outside the source root").size(), 2);
     }
 
     void oversized_files_are_read_only_up_to_the_cap()
