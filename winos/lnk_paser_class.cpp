@@ -2,35 +2,13 @@
 
 #include <QByteArray>
 
-#include <memory>
 
 namespace {
 
 // liblnk hands out error objects on failure; every one must be freed, on
 // every path, or a run over thousands of links leaks them all.
-struct lnk_error_owner
-{
-    liblnk_error_t* error = nullptr;
-    ~lnk_error_owner() { release(); }
-    void release()
-    {
-        if (error)
-            liblnk_error_free(&error);
-        error = nullptr;
-    }
-};
-
-struct lnk_file_deleter
-{
-    void operator()(liblnk_file_t* file) const
-    {
-        liblnk_error_t* error = nullptr;
-        liblnk_file_free(&file, &error);
-        if (error)
-            liblnk_error_free(&error);
-    }
-};
-using lnk_file_owner = std::unique_ptr<liblnk_file_t, lnk_file_deleter>;
+using lnk_error_owner = libyal_error_owner<liblnk_error_t, liblnk_error_free>;
+using lnk_file_owner = libyal_handle_owner<liblnk_file_t, liblnk_error_t, liblnk_file_free, liblnk_error_free>;
 
 // Drops the error a failed call left behind, so the next call starts clean.
 void clear_error(liblnk_error_t** error)

@@ -4,49 +4,21 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <memory>
 
 namespace {
 
-struct olecf_error_owner
-{
-    libolecf_error_t* error = nullptr;
-    ~olecf_error_owner() { release(); }
-    void release()
-    {
-        if (error)
-            libolecf_error_free(&error);
-        error = nullptr;
-    }
-};
+using olecf_error_owner = libyal_error_owner<libolecf_error_t, libolecf_error_free>;
+using olecf_file_owner =
+    libyal_handle_owner<libolecf_file_t, libolecf_error_t, libolecf_file_free, libolecf_error_free>;
+using olecf_item_owner =
+    libyal_handle_owner<libolecf_item_t, libolecf_error_t, libolecf_item_free, libolecf_error_free>;
 
+// Drops the error a failed call left behind, so the next call starts clean.
 void clear_error(libolecf_error_t** error)
 {
     if (error && *error)
         libolecf_error_free(error);
 }
-
-struct olecf_file_deleter
-{
-    void operator()(libolecf_file_t* file) const
-    {
-        libolecf_error_t* error = nullptr;
-        libolecf_file_free(&file, &error);
-        clear_error(&error);
-    }
-};
-using olecf_file_owner = std::unique_ptr<libolecf_file_t, olecf_file_deleter>;
-
-struct olecf_item_deleter
-{
-    void operator()(libolecf_item_t* item) const
-    {
-        libolecf_error_t* error = nullptr;
-        libolecf_item_free(&item, &error);
-        clear_error(&error);
-    }
-};
-using olecf_item_owner = std::unique_ptr<libolecf_item_t, olecf_item_deleter>;
 
 // Directory entry names hold at most 31 UTF-16 characters, so a 1024-byte
 // buffer always has room for the UTF-8 form.

@@ -5,6 +5,7 @@
 #include <QSqlQuery>
 
 #include "plugin_static_function.h"
+#include "sqlite_connection_scope.h"
 
 namespace {
 
@@ -78,6 +79,12 @@ QString vlc_winos::media_path_on_source(const QString& windows_path) const
     return source_root + path;
 }
 
+QString vlc_winos::last_path_part(const QString& path)
+{
+    const QStringList parts = path.split('/');
+    return parts.size() >= 2 ? parts.last() : QString();
+}
+
 struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account vlc_winos::account_of(const QString& path) const
 {
     return plugin_static_function::extract_account_from_sourcefile(path, source_root);
@@ -130,4 +137,26 @@ void vlc_winos::insert_row(QSqlQuery& query, const QVariantList& values, const Q
         return;
     }
     plugin_static_function::app_debug(failure_prefix + query.lastQuery() + " " + query.lastError().text(), signature);
+}
+
+bool vlc_winos::begin_table_run(sqlite_connection_scope& scope, QSqlQuery& query, const QString& insert,
+                                const QString& open_failure, const QString& signature)
+{
+    if (!scope.open()) {
+        plugin_static_function::app_debug(open_failure + scope.last_error_text(), signature);
+        return false;
+    }
+    scope.db().transaction();
+    query = QSqlQuery(scope.db());
+    query.prepare(insert);
+    return true;
+}
+
+bounded_file_reader::result vlc_winos::read_capped(const QString& path, const QString& signature)
+{
+    auto read = bounded_file_reader::read(path);
+    if (read.truncated)
+        plugin_static_function::app_debug("file larger than the read limit, only its start is read: " + path,
+                                          signature);
+    return read;
 }

@@ -7,9 +7,11 @@
 #include <QString>
 #include <QVariantList>
 
+#include "bounded_file_reader.h"
 #include "extractor_base.h"
 
 class QSqlQuery;
+class sqlite_connection_scope;
 
 // One recent item taken from a shell link in a jump list.
 struct struct_recents
@@ -99,6 +101,8 @@ protected:
     // A link's local path as a path on the source: only paths on drive C
     // map to the source; anything else is empty.
     QString media_path_on_source(const QString& windows_path) const;
+    // The last "/"-separated part of a path that has at least two.
+    static QString last_path_part(const QString& path);
     // The two names of the account whose home folder holds the path.
     struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account account_of(const QString& path) const;
     QString temporary_files_folder() const { return destination_result_dir + "Files/"; }
@@ -106,6 +110,13 @@ protected:
     // leading "/"; and the source-file text of the file a row came from.
     QString relative_to_source(const QString& path) const;
     QString source_file_text(const QString& path) const;
+    // Opens the result database for one table's run: a transaction begun and
+    // the insert prepared; false (and the failure logged) when it did not open.
+    bool begin_table_run(sqlite_connection_scope& scope, QSqlQuery& query, const QString& insert,
+                         const QString& open_failure, const QString& signature);
+    // An evidence text file read up to the reader's ceiling; hitting it is logged.
+    static bounded_file_reader::result read_capped(const QString& path, const QString& signature);
+    bool read_playlist(const QString& path, const QString& signature, QByteArray* data);
     // Runs a prepared insert; counts the row, or logs the failure after the prefix.
     void insert_row(QSqlQuery& query, const QVariantList& values, const QString& failure_prefix,
                     const QString& signature);

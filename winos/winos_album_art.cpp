@@ -35,15 +35,9 @@ void vlc_winos::album_arts_artifacts()
     if (art_folder_list.isEmpty())
         return;
     sqlite_connection_scope scope(sig_art, destination_db_path);
-    if (!scope.open()) {
-        plugin_static_function::app_debug("[album_arts_artifacts]Destination Db opening failed "
-                                              + scope.last_error_text(),
-                                          sig_art);
+    QSqlQuery query;
+    if (!begin_table_run(scope, query, k_insert_art, "[album_arts_artifacts]Destination Db opening failed ", sig_art))
         return;
-    }
-    scope.db().transaction();
-    QSqlQuery query(scope.db());
-    query.prepare(k_insert_art);
 
     for (const QString& folder : art_folder_list) {
         if (cancel_requested)

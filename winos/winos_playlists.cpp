@@ -22,47 +22,29 @@ const QString k_insert_playlists =
     "preview_file_path,export_file_paths ,windows_path,duration,creation_timestamp,modification_timestamp,"
     "last_access_timestamp,source_file, source_count_name, os_scheme_display)VALUES(0,?,?,? ,?,?,?,? ,?,?,?,? ,?,?,?,? ,?,?)";
 
-QString last_part(const QString& path)
-{
-    const QStringList parts = path.split('/');
-    return parts.size() >= 2 ? parts.last() : QString();
-}
+}  // namespace
 
 // A playlist's bytes, read only when its path stays inside the source and
-// never more than the reader's ceiling; empty with a log line otherwise.
-bool read_playlist(const QString& path, const QString& source_root, const QString& signature, QByteArray* data)
+// never beyond the reader's ceiling; false with a log line otherwise.
+bool vlc_winos::read_playlist(const QString& path, const QString& signature, QByteArray* data)
 {
-    if (!source_path_guard::allow(path, source_root, signature)) {
-        plugin_static_function::app_debug(" Unable to open the playlist file", signature);
-        return false;
-    }
-    const auto read = bounded_file_reader::read(path);
+    const auto read = source_path_guard::allow(path, source_root, signature) ? read_capped(path, signature)
+                                                                             : bounded_file_reader::result();
     if (!read.opened) {
         plugin_static_function::app_debug(" Unable to open the playlist file", signature);
         return false;
     }
-    if (read.truncated)
-        plugin_static_function::app_debug("playlist larger than the read limit, only its start is read: " + path,
-                                          signature);
     *data = read.data;
     return true;
 }
-
-}  // namespace
 
 void vlc_winos::extract_playlists()
 {
     plugin_static_function::app_debug("[extract_playlists]---STARTS---", sig_playlists);
     sqlite_connection_scope scope(sig_playlists, destination_db_path);
-    if (!scope.open()) {
-        plugin_static_function::app_debug("[extract_playlists]Destination Db opening ---FAILED--- "
-                                              + scope.last_error_text(),
-                                          sig_playlists);
+    QSqlQuery query;
+    if (!begin_table_run(scope, query, k_insert_playlists, "[extract_playlists]Destination Db opening ---FAILED--- ", sig_playlists))
         return;
-    }
-    scope.db().transaction();
-    QSqlQuery query(scope.db());
-    query.prepare(k_insert_playlists);
 
     for (const struct_recents& record : recents_list) {
         if (cancel_requested) {
@@ -91,7 +73,7 @@ void vlc_winos::extract_playlists()
         QString windows_path = entry.media_path;
         windows_path.replace('/', '\\');
         insert_row(query,
-                   {account.system_user, account.domain_user, entry.playlist_name, last_part(media_path), relative,
+                   {account.system_user, account.domain_user, entry.playlist_name, last_path_part(media_path), relative,
                     size, exists ? "YES" : "NO", relative, relative, windows_path,
                     plugin_static_function::get_human_readable_time(entry.duration), time_of("birth"),
                     time_of("modification"), time_of("access"), source_file_text(entry.playlist_path),
@@ -105,7 +87,7 @@ void vlc_winos::extract_playlists()
 void vlc_winos::get_info_from_m34_file(QString playlist_path, QString context1, QString context2)
 {
     QByteArray data;
-    if (!read_playlist(playlist_path, source_root, sig_m34, &data))
+    if (!read_playlist(playlist_path, sig_m34, &data))
         return;
     playlist_work_record.playlist_path = playlist_path;
     playlist_work_record.user_name = context1;
@@ -152,7 +134,7 @@ void vlc_winos::get_info_from_xspf_file(QString playlist_path, QString context1,
     playlist_work_record.jump_list_path = context2;
     playlist_work_record.playlist_name = QFileInfo(playlist_path).fileName();
     QByteArray data;
-    if (!read_playlist(playlist_path, source_root, sig_xspf, &data))
+    if (!read_playlist(playlist_path, sig_xspf, &data))
         return;
 
     // Each step looks at the token after the next one that is not a start

@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QSqlQuery>
 
-#include "bounded_file_reader.h"
 #include "plugin_static_function.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_winos.h"
@@ -42,20 +41,14 @@ void vlc_winos::extract_podcasts_vlc()
 {
     plugin_static_function::app_debug("[extract_podcasts_vlc]---STARTS---", sig_podcasts);
     sqlite_connection_scope scope(sig_podcasts, destination_db_path);
-    if (!scope.open()) {
-        plugin_static_function::app_debug("[extract_podcasts_vlc]Destination Db opening failed "
-                                              + scope.last_error_text(),
-                                          sig_podcasts);
+    QSqlQuery query;
+    if (!begin_table_run(scope, query, k_insert_podcasts, "[extract_podcasts_vlc]Destination Db opening failed ", sig_podcasts))
         return;
-    }
-    scope.db().transaction();
-    QSqlQuery query(scope.db());
-    query.prepare(k_insert_podcasts);
 
     for (const QString& path : preference_file_list) {
         if (cancel_requested)
             break;
-        const auto read = bounded_file_reader::read(path);
+        const auto read = read_capped(path, sig_podcasts);
         if (!read.opened) {
             QFile file(path);
             file.open(QIODevice::ReadOnly);
@@ -64,10 +57,6 @@ void vlc_winos::extract_podcasts_vlc()
             plugin_static_function::app_debug("[ERROR:]" + file.errorString(), sig_podcasts);
             continue;
         }
-        if (read.truncated)
-            plugin_static_function::app_debug("preference file larger than the read limit, only its start is read: "
-                                                  + path,
-                                              sig_podcasts);
         const auto account = account_of(path);
         const QString source_file = source_file_text(path);
         for (const QString& line : podcast_lines(read.data)) {

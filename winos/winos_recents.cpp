@@ -28,27 +28,15 @@ const QString k_insert_recents =
     "network_path,creation_timestamp,modification_timestamp,last_access_timestamp,source_file, source_count_name, "
     "os_scheme_display) VALUES(0,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
 
-QString last_part(const QString& path)
-{
-    const QStringList parts = path.split('/');
-    return parts.size() >= 2 ? parts.last() : QString();
-}
-
 }  // namespace
 
 void vlc_winos::extract_recents()
 {
     plugin_static_function::app_debug("[extract_recents]---STARTS---", sig_recents);
     sqlite_connection_scope scope(sig_recents, destination_db_path);
-    if (!scope.open()) {
-        plugin_static_function::app_debug("[extract_recents]Destination Db opening ---FAILED--- "
-                                              + scope.last_error_text(),
-                                          sig_recents);
+    QSqlQuery query;
+    if (!begin_table_run(scope, query, k_insert_recents, "[extract_recents]Destination Db opening ---FAILED--- ", sig_recents))
         return;
-    }
-    scope.db().transaction();
-    QSqlQuery query(scope.db());
-    query.prepare(k_insert_recents);
     recents_list.clear();
     auto reader = std::make_unique<olecf_file_parse>();
 
@@ -93,7 +81,7 @@ void vlc_winos::extract_recents()
         const QString relative = relative_to_source(media_path);
         const auto account = account_of(record.jump_list_path);
         insert_row(query,
-                   {account.system_user, account.domain_user, last_part(media_path), relative, record.file_size,
+                   {account.system_user, account.domain_user, last_path_part(media_path), relative, record.file_size,
                     exists ? "YES" : "NO", relative, relative, record.local_path, record.drive_type,
                     record.drive_serial_number, record.volume_label, record.description, record.machine_identifier,
                     record.network_path, record.creation_time, record.modification_time, record.access_time,

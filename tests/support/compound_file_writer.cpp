@@ -1,6 +1,6 @@
 #include "compound_file_writer.h"
 
-#include <QtEndian>
+#include "little_endian_writer.h"
 
 #include <algorithm>
 
@@ -16,26 +16,9 @@ constexpr quint32 k_end_of_chain = 0xFFFFFFFE;
 constexpr quint32 k_fat_sector = 0xFFFFFFFD;
 constexpr quint32 k_no_stream = 0xFFFFFFFF;
 
-void put16(QByteArray& out, quint16 value)
-{
-    char bytes[2];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 2);
-}
-
-void put32(QByteArray& out, quint32 value)
-{
-    char bytes[4];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 4);
-}
-
-void put64(QByteArray& out, quint64 value)
-{
-    char bytes[8];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 8);
-}
+using little_endian_writer::put16;
+using little_endian_writer::put32;
+using little_endian_writer::put64;
 
 void pad_to(QByteArray& data, int unit)
 {

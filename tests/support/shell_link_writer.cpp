@@ -1,6 +1,6 @@
 #include "shell_link_writer.h"
 
-#include <QtEndian>
+#include "little_endian_writer.h"
 
 namespace shell_link_writer {
 
@@ -18,26 +18,9 @@ enum link_flag : quint32 {
     has_exp_string = 0x200,
 };
 
-void put16(QByteArray& out, quint16 value)
-{
-    char bytes[2];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 2);
-}
-
-void put32(QByteArray& out, quint32 value)
-{
-    char bytes[4];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 4);
-}
-
-void put64(QByteArray& out, quint64 value)
-{
-    char bytes[8];
-    qToLittleEndian(value, bytes);
-    out.append(bytes, 8);
-}
+using little_endian_writer::put16;
+using little_endian_writer::put32;
+using little_endian_writer::put64;
 
 QByteArray ansi_z(const QString& text)
 {
