@@ -130,8 +130,12 @@ QString vlc_winos::source_file_text(const QString& path) const
 void vlc_winos::insert_row(QSqlQuery& query, const QVariantList& values, const QString& failure_prefix,
                            const QString& signature)
 {
-    for (int i = 0; i < values.size(); ++i)
-        query.bindValue(i, values.at(i));
+    // Text columns hold text: a value the evidence lacks is an empty text, not NULL.
+    for (int i = 0; i < values.size(); ++i) {
+        const QVariant& value = values.at(i);
+        const bool null_text = value.typeId() == QMetaType::QString && value.toString().isNull();
+        query.bindValue(i, null_text ? QVariant(QString("")) : value);
+    }
     if (query.exec()) {
         count_inserted_row();
         return;
