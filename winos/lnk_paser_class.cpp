@@ -40,8 +40,10 @@ QString read_text(liblnk_file_t* file, liblnk_error_t** error, size_call get_siz
 {
     QByteArray bytes = read_sized(file, error, get_size, get_value);
     bytes.replace('\0', QByteArray());
+    // Most fields of a link are absent; skip the conversion for those.
+    static const QString empty("");
     if (bytes.isEmpty())
-        return QString();
+        return empty;
     return QString::fromLocal8Bit(bytes);
 }
 
