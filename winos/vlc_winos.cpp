@@ -1,6 +1,18 @@
 #include "vlc_winos.h"
 
+#include <QFileInfo>
+#include <QSqlError>
+#include <QSqlQuery>
+
 #include "plugin_static_function.h"
+#include "sqlite_connection_scope.h"
+
+namespace {
+
+const QString sig_find = "void vlc_winos::find_source_file()";
+const QString sig_driver = "void vlc_winos::extract_plugin_artifacts()";
+
+}  // namespace
 
 vlc_winos::vlc_winos(QWidget* parent) : extractor_base(parent)
 {
@@ -18,13 +30,137 @@ void vlc_winos::winos_set_source_info(struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_so
 
 void vlc_winos::find_source_file()
 {
-    plugin_static_function::app_debug("[find_source_file]---STARTS---", "void vlc_winos::find_source_file()");
-    plugin_static_function::app_debug("[find_source_file]---ENDS---", "void vlc_winos::find_source_file()");
+    plugin_static_function::app_debug("[find_source_file]---STARTS---", sig_find);
+    art_folder_list.clear();
+    preference_file_list.clear();
+    jump_list_folder_list.clear();
+
+    const struct
+    {
+        const char* suffix;
+        QStringList* list;
+    } candidates[] = {
+        {"/AppData/Roaming/vlc/art", &art_folder_list},
+        {"/AppData/Roaming/vlc/vlcrc", &preference_file_list},
+        {"/AppData/Roaming/Microsoft/Windows/Recent/AutomaticDestinations", &jump_list_folder_list},
+    };
+    for (const QString& user : user_names) {
+        for (const auto& candidate : candidates) {
+            const QString path = source_root + "Users/" + user + candidate.suffix;
+            if (QFileInfo::exists(path))
+                candidate.list->append(path);
+            else
+                plugin_static_function::app_debug("[find_source_file]----  FILE NOT EXISTS" + path, sig_find);
+        }
+    }
+    plugin_static_function::app_debug("[find_source_file]---ENDS---", sig_find);
+}
+
+QString vlc_winos::prepare_windows_path(QString path)
+{
+    if (path.isEmpty())
+        return QString();
+    // Only the root's length is cut, the prefix itself is not compared: every
+    // path handed here was built from the root.
+    QString windows = "C:/" + path.mid(source_root.size());
+    return windows.replace(QChar('/'), QChar('\\'));
+}
+
+QString vlc_winos::media_path_on_source(const QString& windows_path) const
+{
+    QString path = windows_path;
+    path.replace('\\', '/');
+    if (!path.startsWith("C:/"))
+        return QString();
+    path.replace("C:/", "/");
+    path = plugin_static_function::get_complete_file_path(path, QString(), source_type);
+    if (path.startsWith('/'))
+        path.remove(0, 1);
+    return source_root + path;
+}
+
+QString vlc_winos::last_path_part(const QString& path)
+{
+    const QStringList parts = path.split('/');
+    return parts.size() >= 2 ? parts.last() : QString();
+}
+
+struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account vlc_winos::account_of(const QString& path) const
+{
+    return plugin_static_function::extract_account_from_sourcefile(path, source_root);
 }
 
 void vlc_winos::extract_plugin_artifacts()
 {
-    const QString signature = "void vlc_winos::extract_plugin_artifacts()";
-    plugin_static_function::app_debug("[extract_plugins_artifacts]---STARTS---", signature);
-    plugin_static_function::app_debug("[extract_plugins_artifacts]---ENDS---", signature);
+    plugin_static_function::app_debug("[extract_plugins_artifacts]---STARTS---", sig_driver);
+    if (extraction_allowed()) {
+        // Fixed order: playlists read what the recents run collected.
+        const struct
+        {
+            const char* table;
+            void (vlc_winos::*run)();
+        } steps[] = {
+            {"recents", &vlc_winos::extract_recents},
+            {"playlists", &vlc_winos::extract_playlists},
+            {"album_art", &vlc_winos::album_arts_artifacts},
+            {"podcasts", &vlc_winos::extract_podcasts_vlc},
+        };
+        for (const auto& step : steps) {
+            if (!is_table_selected(step.table))
+                continue;
+            (this->*step.run)();
+            finish_table();
+        }
+    }
+    plugin_static_function::app_debug("[extract_plugins_artifacts]---ENDS---", sig_driver);
+}
+
+QString vlc_winos::relative_to_source(const QString& path) const
+{
+    const QString below_root = path.startsWith(source_root) ? path.mid(source_root.size()) : path;
+    return plugin_static_function::get_relative_file_path(below_root, source_root, source_type);
+}
+
+QString vlc_winos::source_file_text(const QString& path) const
+{
+    const QString below_root = path.startsWith(source_root) ? path.mid(source_root.size()) : path;
+    return plugin_static_function::get_final_artifact_source_file(below_root, source_root, source_type).value(0);
+}
+
+void vlc_winos::insert_row(QSqlQuery& query, const QVariantList& values, const QString& failure_prefix,
+                           const QString& signature)
+{
+    // Text columns hold text: a value the evidence lacks is an empty text, not NULL.
+    for (int i = 0; i < values.size(); ++i) {
+        const QVariant& value = values.at(i);
+        const bool null_text = value.typeId() == QMetaType::QString && value.toString().isNull();
+        query.bindValue(i, null_text ? QVariant(QString("")) : value);
+    }
+    if (query.exec()) {
+        count_inserted_row();
+        return;
+    }
+    plugin_static_function::app_debug(failure_prefix + query.lastQuery() + " " + query.lastError().text(), signature);
+}
+
+bool vlc_winos::begin_table_run(sqlite_connection_scope& scope, QSqlQuery& query, const QString& insert,
+                                const QString& open_failure, const QString& signature)
+{
+    if (!scope.open()) {
+        plugin_static_function::app_debug(open_failure + scope.last_error_text(), signature);
+        return false;
+    }
+    scope.db().transaction();
+    query = QSqlQuery(scope.db());
+    query.prepare(insert);
+    return true;
+}
+
+bounded_file_reader::result vlc_winos::read_capped(const QString& path, const QString& signature)
+{
+    auto read = bounded_file_reader::read(path);
+    if (read.truncated)
+        plugin_static_function::app_debug("file larger than the read limit, only its start is read: " + path,
+                                          signature);
+    return read;
 }

@@ -3,7 +3,46 @@
 // Extractor of a Windows source: per-user discovery, jump-list recents,
 // playlists, the cover-art cache and podcasts.
 
+#include <QList>
+#include <QString>
+#include <QVariantList>
+
+#include "bounded_file_reader.h"
 #include "extractor_base.h"
+
+class QSqlQuery;
+class sqlite_connection_scope;
+
+// One recent item taken from a shell link in a jump list.
+struct struct_recents
+{
+    QString user_name;
+    QString jump_list_output_folder;
+    QString creation_time;
+    QString modification_time;
+    QString access_time;
+    QString file_size;
+    QString drive_type;
+    QString drive_serial_number;
+    QString local_path;
+    QString volume_label;
+    QString description;
+    QString machine_identifier;
+    QString network_path;
+    QString jump_list_path;
+};
+
+// One entry of a playlist named among the recent items.
+struct struct_playlist
+{
+    QString user_name;
+    QString jump_list_path;
+    QString playlist_name;
+    QString title;
+    QString duration;
+    QString media_path;
+    QString playlist_path;
+};
 
 class vlc_winos : public extractor_base
 {
@@ -31,6 +70,15 @@ public:
     void winos_cancel_extraction() { cancel_requested = true; }
     void winos_set_source_count(int count) { source_count = count; }
 
+    // The path on the source in Windows form, always on drive C.
+    QString prepare_windows_path(QString path);
+
+    // Discovery results (read by tests and by the table extractors).
+    const QStringList& art_folders() const { return art_folder_list; }
+    const QStringList& preference_files() const { return preference_file_list; }
+    const QStringList& jump_list_folders() const { return jump_list_folder_list; }
+    const QStringList& users() const { return user_names; }
+
 signals:
     void signal_extracted_records_of_plugin_winos(qint64 count);
     void signal_total_tabs_processed_winos(int count);
@@ -40,4 +88,44 @@ protected:
     void emit_tabs_signal(int count) override { emit signal_total_tabs_processed_winos(count); }
     void find_source_file() override;
     void extract_plugin_artifacts() override;
+
+    void extract_recents();
+    void get_lnk_info(QString folder);
+    void extract_playlists();
+    void get_info_from_m34_file(QString playlist_path, QString context1, QString context2);
+    void get_info_from_xspf_file(QString playlist_path, QString context1, QString context2);
+    void get_further_info(const QByteArray& chunk);
+    void album_arts_artifacts();
+    void extract_podcasts_vlc();
+
+    // A link's local path as a path on the source: only paths on drive C
+    // map to the source; anything else is empty.
+    QString media_path_on_source(const QString& windows_path) const;
+    // The last "/"-separated part of a path that has at least two.
+    static QString last_path_part(const QString& path);
+    // The two names of the account whose home folder holds the path.
+    struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account account_of(const QString& path) const;
+    QString temporary_files_folder() const { return destination_result_dir + "Files/"; }
+    // A path on the source as the rows show it: below the root, with a
+    // leading "/"; and the source-file text of the file a row came from.
+    QString relative_to_source(const QString& path) const;
+    QString source_file_text(const QString& path) const;
+    // Opens the result database for one table's run: a transaction begun and
+    // the insert prepared; false (and the failure logged) when it did not open.
+    bool begin_table_run(sqlite_connection_scope& scope, QSqlQuery& query, const QString& insert,
+                         const QString& open_failure, const QString& signature);
+    // An evidence text file read up to the reader's ceiling; hitting it is logged.
+    static bounded_file_reader::result read_capped(const QString& path, const QString& signature);
+    bool read_playlist(const QString& path, const QString& signature, QByteArray* data);
+    // Runs a prepared insert; counts the row, or logs the failure after the prefix.
+    void insert_row(QSqlQuery& query, const QVariantList& values, const QString& failure_prefix,
+                    const QString& signature);
+
+    struct_recents recents_work_record;
+    struct_playlist playlist_work_record;
+    QList<struct_recents> recents_list;
+    QList<struct_playlist> playlist_list;
+    QStringList art_folder_list;
+    QStringList preference_file_list;
+    QStringList jump_list_folder_list;
 };

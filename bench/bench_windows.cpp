@@ -1,0 +1,163 @@
+// Recent media from Windows jump lists, end to end through the real plug-in:
+// jump lists split into streams, every stream parsed as a shell link, rows
+// inserted, scratch removed. A generated tree of 20 users, each with both of
+// the player's jump lists of 500 links; each run is a fresh process so that
+// its peak memory is its own.
+// Usage: bench_windows [--runs N] [--users N] [--links N] [--out-parent DIR] [--plugin PATH]
+// The streams' scratch copies go below the result folder, so the file system
+// of --out-parent (default: the system's temporary folder) weighs heavily:
+// each link costs a folder and a file created and removed.
+// For profiling, write the tree once and run one extraction under a profiler:
+//   bench_windows --write-tree DIR
+//   perf record -g bench_windows --child-run DIR OUT user00,user01,...
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "compound_file_writer.h"
+#include "plugin_session.h"
+#include "shell_link_writer.h"
+#include "test_support.h"
+#include "tree_writer.h"
+
+namespace {
+
+const QString k_recent = "/AppData/Roaming/Microsoft/Windows/Recent/AutomaticDestinations/";
+
+bool write_tree(const QString& root, int users, int links_per_list)
+{
+    QString error;
+    const QStringList lists = {"9fda41b86ddcf1db.automaticDestinations-ms", "faef7def55a1d4b.automaticDestinations-ms"};
+    for (int u = 0; u < users; ++u) {
+        const QString user = QString("user%1").arg(u, 2, 10, QChar('0'));
+        for (int l = 0; l < lists.size(); ++l) {
+            QList<QByteArray> links;
+            for (int i = 0; i < links_per_list; ++i) {
+                const QString name = QString("track_%1_%2.mp3").arg(l).arg(i);
+                links << shell_link_writer::build(shell_link_writer::media_link(
+                    "C:\\Users\\" + user + "\\Music\\" + name, 1600000000 + i, 1000 + i));
+                // Every tenth target is present on the source.
+                if (i % 10 == 0 && !tree_writer::write_file(root, "Users/" + user + "/Music/" + name, "x", &error))
+                    return false;
+            }
+            if (!tree_writer::write_file(root, "Users/" + user + k_recent + lists.at(l),
+                                         compound_file_writer::jump_list(links), &error))
+                return false;
+        }
+    }
+    return true;
+}
+
+// Child: one extraction of recents; prints seconds, rows, peak memory (KiB)
+// and the process's processor time (user + system, start-up included).
+int child_run(const QString& plugin, const QString& source, const QString& out, const QStringList& users)
+{
+    plugin_session session;
+    QString problem;
+    if (!session.load(plugin, &problem)) {
+        std::fprintf(stderr, "%s\n", qPrintable(problem));
+        return 1;
+    }
+    session_options options;
+    options.source_root = source;
+    options.os_scheme = "winOS";
+    options.out_dir = out;
+    options.users = users;
+    options.tables = {"recents"};
+    QElapsedTimer timer;
+    timer.start();
+    session.run(options);
+    const double seconds = double(timer.nsecsElapsed()) / 1e9;
+    const qint64 rows = test_support::count_rows(plugin_session::result_database_path(out), "recents");
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const double cpu = usage.ru_utime.tv_sec + usage.ru_stime.tv_sec
+                       + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+    std::printf("%.4f %lld %ld %.4f\n", seconds, static_cast<long long>(rows), usage.ru_maxrss, cpu);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    QString plugin = QStringLiteral(VLC_BENCH_PLUGIN_PATH);
+    int runs = 3;
+    int users = 20;
+    int links = 500;
+    QString out_parent = QDir::tempPath();
+    for (int i = 1; i < args.size(); ++i) {
+        const QString a = args.at(i);
+        if (a == "--child-run" && i + 3 < args.size())
+            return child_run(plugin, args.at(i + 1), args.at(i + 2), args.at(i + 3).split(','));
+        if (i + 1 >= args.size())
+            break;
+        if (a == "--runs")
+            runs = qMax(1, args.at(++i).toInt());
+        else if (a == "--users")
+            users = qMax(1, args.at(++i).toInt());
+        else if (a == "--links")
+            links = qMax(1, args.at(++i).toInt());
+        else if (a == "--out-parent")
+            out_parent = args.at(++i);
+        else if (a == "--plugin")
+            plugin = args.at(++i);
+    }
+
+    for (int i = 1; i + 1 < args.size(); ++i) {
+        if (args.at(i) == "--write-tree")
+            return write_tree(args.at(i + 1), users, links) ? 0 : 1;
+    }
+
+    QTemporaryDir source;
+    std::printf("results and scratch below %s\n", qPrintable(out_parent));
+    std::printf("writing %d users x 2 jump lists x %d links ...\n", users, links);
+    if (!write_tree(source.path(), users, links)) {
+        std::fprintf(stderr, "could not write the tree\n");
+        return 1;
+    }
+    QStringList user_names;
+    for (int u = 0; u < users; ++u)
+        user_names << QString("user%1").arg(u, 2, 10, QChar('0'));
+
+    QList<double> rates;
+    long peak_kib = 0;
+    for (int r = 0; r < runs; ++r) {
+        QTemporaryDir out(out_parent + "/bench_windows_out_XXXXXX");
+        QProcess child;
+        child.start(app.applicationFilePath(), {"--plugin", plugin, "--child-run", source.path(), out.path(),
+                                                user_names.join(',')});
+        if (!child.waitForFinished(600000) || child.exitCode() != 0) {
+            std::fprintf(stderr, "run failed: %s\n", child.readAllStandardError().constData());
+            return 1;
+        }
+        const QStringList fields = QString::fromLatin1(child.readAllStandardOutput()).split(' ');
+        const double seconds = fields.value(0).toDouble();
+        const qint64 rows = fields.value(1).toLongLong();
+        const long kib = fields.value(2).toLong();
+        const double cpu = fields.value(3).toDouble();
+        peak_kib = std::max(peak_kib, kib);
+        rates << rows / seconds;
+        // On a shared machine the processor time is the steadier figure.
+        std::printf("run %d: %lld links in %.3f s = %.0f links/s (%.3f s processor time = %.0f links/s), peak "
+                    "memory %.1f MB\n",
+                    r + 1, static_cast<long long>(rows), seconds, rows / seconds, cpu, rows / cpu, kib / 1024.0);
+    }
+    std::sort(rates.begin(), rates.end());
+    const double median = rates.at(rates.size() / 2);
+    std::printf("recents end to end: median %.0f links/s (target 8000: %s), peak memory %.1f MB (target 200: %s)\n",
+                median, median >= 8000 ? "met" : "MISSED", peak_kib / 1024.0, peak_kib < 200 * 1024 ? "met" : "MISSED");
+    return 0;
+}

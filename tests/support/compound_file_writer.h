@@ -1,0 +1,32 @@
+#pragma once
+
+// Writes real OLE compound files (version 3, 512-byte sectors): header, FAT,
+// directory with a sibling tree under the root, and a mini FAT with its mini
+// stream for streams under 4096 bytes. Used for jump lists: a DestList stream
+// and numbered streams that each hold one shell link.
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+#include <QtGlobal>
+
+namespace compound_file_writer {
+
+struct stream
+{
+    QString name;  // written as given (at most 31 UTF-16 units), hostile or not
+    QByteArray data;
+    // When set, the size the directory entry claims instead of the real one.
+    qint64 declared_size = -1;
+};
+
+QByteArray build(const QList<stream>& streams);
+
+// A jump list: the DestList stream and one stream per link, named 1, 2, ... in
+// hexadecimal as Windows names them.
+QByteArray jump_list(const QList<QByteArray>& links);
+
+// A DestList stream listing the given number of entries.
+QByteArray dest_list(int entries);
+
+}  // namespace compound_file_writer

@@ -1,0 +1,48 @@
+#pragma once
+
+// liblnk's and libolecf's public headers include libbfio's header for their
+// file-IO-handle entry points, but the distribution's development packages do
+// not bring libbfio's headers along. Those entry points are not used here, so
+// the headers are read with that part switched off.
+
+#include <liblnk/features.h>
+#include <libolecf/features.h>
+
+#undef LIBLNK_HAVE_BFIO
+#undef LIBOLECF_HAVE_BFIO
+
+#include <liblnk.h>
+#include <libolecf.h>
+
+#include <memory>
+
+// Owners of the libraries' objects, so that every path frees them: the error
+// object a failed call leaves behind, and file or item handles.
+template <typename error_type, void (*free_error)(error_type**)>
+struct libyal_error_owner
+{
+    error_type* error = nullptr;
+    ~libyal_error_owner() { release(); }
+    void release()
+    {
+        if (error)
+            free_error(&error);
+        error = nullptr;
+    }
+};
+
+template <typename handle_type, typename error_type, int (*free_handle)(handle_type**, error_type**),
+          void (*free_error)(error_type**)>
+struct libyal_handle_deleter
+{
+    void operator()(handle_type* handle) const
+    {
+        libyal_error_owner<error_type, free_error> error;
+        free_handle(&handle, &error.error);
+    }
+};
+
+template <typename handle_type, typename error_type, int (*free_handle)(handle_type**, error_type**),
+          void (*free_error)(error_type**)>
+using libyal_handle_owner =
+    std::unique_ptr<handle_type, libyal_handle_deleter<handle_type, error_type, free_handle, free_error>>;

@@ -1,0 +1,227 @@
+#include "lnk_paser_class.h"
+
+#include <QByteArray>
+
+
+namespace {
+
+// liblnk hands out error objects on failure; every one must be freed, on
+// every path, or a run over thousands of links leaks them all.
+using lnk_error_owner = libyal_error_owner<liblnk_error_t, liblnk_error_free>;
+using lnk_file_owner = libyal_handle_owner<liblnk_file_t, liblnk_error_t, liblnk_file_free, liblnk_error_free>;
+
+// Drops the error a failed call left behind, so the next call starts clean.
+void clear_error(liblnk_error_t** error)
+{
+    if (error && *error)
+        liblnk_error_free(error);
+}
+
+using size_call = int (*)(liblnk_file_t*, size_t*, liblnk_error_t**);
+using value_call = int (*)(liblnk_file_t*, uint8_t*, size_t, liblnk_error_t**);
+
+// Size first, then the value into a zeroed buffer of that size.
+QByteArray read_sized(liblnk_file_t* file, liblnk_error_t** error, size_call get_size, value_call get_value)
+{
+    size_t size = 0;
+    if (get_size(file, &size, error) != 1) {
+        clear_error(error);
+        size = 0;
+    }
+    QByteArray buffer(static_cast<qsizetype>(size), '\0');
+    if (size > 0 && get_value(file, reinterpret_cast<uint8_t*>(buffer.data()), size, error) != 1) {
+        clear_error(error);
+        buffer.fill('\0');
+    }
+    return buffer;
+}
+
+QString read_text(liblnk_file_t* file, liblnk_error_t** error, size_call get_size, value_call get_value)
+{
+    QByteArray bytes = read_sized(file, error, get_size, get_value);
+    bytes.replace('\0', QByteArray());
+    // Most fields of a link are absent; skip the conversion for those.
+    static const QString empty("");
+    if (bytes.isEmpty())
+        return empty;
+    return QString::fromLocal8Bit(bytes);
+}
+
+using filetime_call = int (*)(liblnk_file_t*, uint64_t*, liblnk_error_t**);
+
+}  // namespace
+
+int lnk_paser_class::start_parsing_lnk(QString path)
+{
+    lnk_error_owner error;
+    liblnk_file_t* raw = nullptr;
+    if (liblnk_file_initialize(&raw, &error.error) != 1)
+        return -1;
+    lnk_file_owner file(raw);
+
+    const QByteArray local_path = path.toLocal8Bit();
+    if (liblnk_file_open(file.get(), local_path.constData(), liblnk_get_access_flags_read(), &error.error) != 1)
+        return -1;
+    error.release();
+    get_lnk_info(file.get(), &error.error);
+    liblnk_file_close(file.get(), &error.error);
+    return 0;
+}
+
+void lnk_paser_class::get_lnk_info(liblnk_file_t* file, liblnk_error_t** error)
+{
+    struct_lnk_info record;
+    current_record = &record;
+    record.creation_time = QString::number(creation_time(file, error));
+    record.modification_time = QString::number(modification(file, error));
+    record.access_time = QString::number(access_time(file, error));
+    record.file_size = QString::number(get_size(file, error));
+    record.drive_type = extract_drive_type_fun(file, error);
+    record.drive_serial_number = get_serial_str(file, error);
+    record.local_path = get_local_path(file, error);
+    record.volume_label = get_volume_label(file, error);
+    record.description = get_description_str(file, error);
+    record.machine_identifier = get_machine_id(file, error);
+    record.network_path = get_network_path(file, error);
+    record.relative_path = get_relative_path(file, error);
+    record.working_directory = get_working_directory(file, error);
+    record.command_line_arguments = get_commd_line_arguments(file, error);
+    record.environment_variables_location = get_env_variable(file, error);
+    record.link_target = get_link_target(file, error);
+    record.icon_location = get_icon_location_path(file, error);
+    lnk_info_list.append(record);
+    current_record = nullptr;
+}
+
+QString lnk_paser_class::get_link_target(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return QString::fromLatin1(read_sized(file, error, liblnk_file_get_link_target_identifier_data_size,
+                                          liblnk_file_copy_link_target_identifier_data)
+                                   .toHex());
+}
+
+QString lnk_paser_class::get_env_variable(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_environment_variables_location_size,
+                     liblnk_file_get_utf8_environment_variables_location);
+}
+
+QString lnk_paser_class::get_commd_line_arguments(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_command_line_arguments_size,
+                     liblnk_file_get_utf8_command_line_arguments);
+}
+
+QString lnk_paser_class::get_working_directory(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_working_directory_size,
+                     liblnk_file_get_utf8_working_directory);
+}
+
+QString lnk_paser_class::get_relative_path(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_relative_path_size, liblnk_file_get_utf8_relative_path);
+}
+
+QString lnk_paser_class::get_network_path(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_network_path_size, liblnk_file_get_utf8_network_path);
+}
+
+qint64 lnk_paser_class::give_epoch_from_string(QString filetime_text)
+{
+    // FILETIME counts 100 ns ticks since 1601-01-01; the division truncates
+    // toward zero, so times before 1970 stay negative.
+    bool ok = false;
+    const qint64 ticks = filetime_text.toLongLong(&ok);
+    if (!ok || ticks < 1)
+        return 0;
+    return (ticks - 116444736000000000LL) / 10000000LL;
+}
+
+QString lnk_paser_class::get_volume_label(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_volume_label_size, liblnk_file_get_utf8_volume_label);
+}
+
+QString lnk_paser_class::get_serial_str(liblnk_file_t* file, liblnk_error_t** error)
+{
+    uint32_t serial = 0;
+    if (liblnk_file_get_drive_serial_number(file, &serial, error) != 1) {
+        clear_error(error);
+        serial = 0;
+    }
+    return QString::number(serial);
+}
+
+QString lnk_paser_class::extract_drive_type_fun(liblnk_file_t* file, liblnk_error_t** error)
+{
+    static const char* const names[] = {"unknown drive", "no root dir", "removable drive", "fixed drive",
+                                        "remote drive",  "cdrom drive", "ramdisk drive"};
+    uint32_t type = 0;
+    if (liblnk_file_get_drive_type(file, &type, error) != 1) {
+        clear_error(error);
+        return QString();
+    }
+    return type < 7 ? QString(names[type]) : QString();
+}
+
+quint32 lnk_paser_class::get_size(liblnk_file_t* file, liblnk_error_t** error)
+{
+    uint32_t size = 0;
+    if (liblnk_file_get_file_size(file, &size, error) != 1) {
+        clear_error(error);
+        size = 0;
+    }
+    return size;
+}
+
+namespace {
+
+qint64 epoch_of(lnk_paser_class& reader, liblnk_file_t* file, liblnk_error_t** error, filetime_call call)
+{
+    uint64_t filetime = 0;
+    if (call(file, &filetime, error) != 1) {
+        clear_error(error);
+        filetime = 0;
+    }
+    return reader.give_epoch_from_string(QString::number(filetime));
+}
+
+}  // namespace
+
+qint64 lnk_paser_class::access_time(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return epoch_of(*this, file, error, liblnk_file_get_file_access_time);
+}
+
+qint64 lnk_paser_class::modification(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return epoch_of(*this, file, error, liblnk_file_get_file_modification_time);
+}
+
+qint64 lnk_paser_class::creation_time(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return epoch_of(*this, file, error, liblnk_file_get_file_creation_time);
+}
+
+QString lnk_paser_class::get_local_path(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_local_path_size, liblnk_file_get_utf8_local_path);
+}
+
+QString lnk_paser_class::get_description_str(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_description_size, liblnk_file_get_utf8_description);
+}
+
+QString lnk_paser_class::get_machine_id(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_machine_identifier_size,
+                     liblnk_file_get_utf8_machine_identifier);
+}
+
+QString lnk_paser_class::get_icon_location_path(liblnk_file_t* file, liblnk_error_t** error)
+{
+    return read_text(file, error, liblnk_file_get_utf8_icon_location_size, liblnk_file_get_utf8_icon_location);
+}

@@ -1,0 +1,161 @@
+// Playlists named among the recent items: every M3U/M3U8 or XSPF file that a
+// jump list points at is read, and each of its entries becomes one row.
+
+#include <QFileInfo>
+#include <QSqlQuery>
+#include <QXmlStreamReader>
+
+#include "bounded_file_reader.h"
+#include "plugin_static_function.h"
+#include "source_path_guard.h"
+#include "sqlite_connection_scope.h"
+#include "vlc_winos.h"
+
+namespace {
+
+const QString sig_playlists = "void vlc_winos::extract_playlists()";
+const QString sig_m34 = "void vlc_winos::get_info_from_m34_file(QString, QString, QString)";
+const QString sig_xspf = "void vlc_winos::get_info_from_xspf_file(QString, QString, QString)";
+
+const QString k_insert_playlists =
+    "INSERT INTO playlists(bookmark,system_user,domain_user,playlist_name,file_name,file_path,file_size,file_exist,"
+    "preview_file_path,export_file_paths ,windows_path,duration,creation_timestamp,modification_timestamp,"
+    "last_access_timestamp,source_file, source_count_name, os_scheme_display)VALUES(0,?,?,? ,?,?,?,? ,?,?,?,? ,?,?,?,? ,?,?)";
+
+}  // namespace
+
+// A playlist's bytes, read only when its path stays inside the source and
+// never beyond the reader's ceiling; false with a log line otherwise.
+bool vlc_winos::read_playlist(const QString& path, const QString& signature, QByteArray* data)
+{
+    const auto read = source_path_guard::allow(path, source_root, signature) ? read_capped(path, signature)
+                                                                             : bounded_file_reader::result();
+    if (!read.opened) {
+        plugin_static_function::app_debug(" Unable to open the playlist file", signature);
+        return false;
+    }
+    *data = read.data;
+    return true;
+}
+
+void vlc_winos::extract_playlists()
+{
+    plugin_static_function::app_debug("[extract_playlists]---STARTS---", sig_playlists);
+    sqlite_connection_scope scope(sig_playlists, destination_db_path);
+    QSqlQuery query;
+    if (!begin_table_run(scope, query, k_insert_playlists, "[extract_playlists]Destination Db opening ---FAILED--- ", sig_playlists))
+        return;
+
+    for (const struct_recents& record : recents_list) {
+        if (cancel_requested) {
+            scope.db().commit();
+            return;
+        }
+        const QString path = media_path_on_source(record.local_path);
+        if (path.endsWith(".m3u") || path.endsWith(".m3u8"))
+            get_info_from_m34_file(path, record.user_name, record.jump_list_path);
+        else if (path.endsWith(".xspf"))
+            get_info_from_xspf_file(path, record.user_name, record.jump_list_path);
+    }
+
+    for (const struct_playlist& entry : playlist_list) {
+        if (cancel_requested)
+            break;
+        const QString media_path = media_path_on_source(entry.media_path);
+        const bool exists = source_path_guard::exists_inside(media_path, source_root, sig_playlists);
+        // Nothing outside the source is measured: those fields stay empty.
+        const QString size = exists ? QString::number(QFileInfo(media_path).size()) : QString();
+        const auto time_of = [&](const char* which) {
+            return exists ? plugin_static_function::get_posix_timestamp(media_path, which) : QString();
+        };
+        const QString relative = relative_to_source(media_path);
+        const auto account = account_of(entry.jump_list_path);
+        QString windows_path = entry.media_path;
+        windows_path.replace('/', '\\');
+        insert_row(query,
+                   {account.system_user, account.domain_user, entry.playlist_name, last_path_part(media_path), relative,
+                    size, exists ? "YES" : "NO", relative, relative, windows_path,
+                    plugin_static_function::get_human_readable_time(entry.duration), time_of("birth"),
+                    time_of("modification"), time_of("access"), source_file_text(entry.playlist_path),
+                    plugin_static_function::get_source_count_name(), os_scheme_display},
+                   "[extract_playlists]--- insertion query fails   --- ", sig_playlists);
+    }
+    scope.db().commit();
+    plugin_static_function::app_debug("[extract_playlists]---ENDS---", sig_playlists);
+}
+
+void vlc_winos::get_info_from_m34_file(QString playlist_path, QString context1, QString context2)
+{
+    QByteArray data;
+    if (!read_playlist(playlist_path, sig_m34, &data))
+        return;
+    playlist_work_record.playlist_path = playlist_path;
+    playlist_work_record.user_name = context1;
+    playlist_work_record.jump_list_path = context2;
+    playlist_work_record.playlist_name = QFileInfo(playlist_path).fileName();
+
+    // Lines before the first extended-info marker carry no entry.
+    const QByteArray marker = "EXTINF";
+    qsizetype at = data.indexOf(marker);
+    while (at >= 0) {
+        const qsizetype next = data.indexOf(marker, at + marker.size());
+        get_further_info(data.mid(at, next < 0 ? -1 : next - at));
+        at = next;
+    }
+}
+
+void vlc_winos::get_further_info(const QByteArray& chunk)
+{
+    // The player writes its M3U files with Windows line ends; an entry
+    // without them is not one of its own and is left alone.
+    const QString text = QString::fromUtf8(chunk);
+    if (!text.contains("\r\n"))
+        return;
+    const QStringList lines = text.split("\r\n");
+    if (lines.size() < 3)
+        return;
+    QString title;
+    QString duration;
+    if (lines.first().contains(',')) {
+        const QStringList parts = lines.first().split(',');
+        title = parts.value(1);
+        duration = parts.first().split(':').value(1);
+    }
+    playlist_work_record.title = title;
+    playlist_work_record.duration = duration;
+    playlist_work_record.media_path = QString(lines.at(1)).replace('\\', '/');
+    playlist_list.append(playlist_work_record);
+}
+
+void vlc_winos::get_info_from_xspf_file(QString playlist_path, QString context1, QString context2)
+{
+    playlist_work_record.playlist_path = playlist_path;
+    playlist_work_record.user_name = context1;
+    playlist_work_record.jump_list_path = context2;
+    playlist_work_record.playlist_name = QFileInfo(playlist_path).fileName();
+    QByteArray data;
+    if (!read_playlist(playlist_path, sig_xspf, &data))
+        return;
+
+    // Each step looks at the token after the next one that is not a start
+    // tag: in the player's files that is the tag after a whitespace run. A
+    // track is complete when its closing id tag is read.
+    QXmlStreamReader xml(data);
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.isStartElement())
+            continue;
+        xml.readNext();
+        const auto name = xml.name();
+        if (name == QLatin1String("location") && xml.isStartElement()) {
+            QString location = xml.readElementText();
+            location.remove("file:///");
+            location.replace("%20", " ");
+            playlist_work_record.media_path = location;
+        } else if (name == QLatin1String("duration") && xml.isStartElement()) {
+            playlist_work_record.duration = QString::number(xml.readElementText().toLongLong() / 1000);
+        } else if (name == QLatin1String("id") && xml.isEndElement()) {
+            playlist_list.append(playlist_work_record);
+        }
+    }
+}

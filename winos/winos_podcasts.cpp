@@ -1,0 +1,75 @@
+// Podcast subscriptions from the player's preference file: every line that
+// holds the podcast key, commented or not, split into its URLs.
+
+#include <QFile>
+#include <QSqlQuery>
+
+#include "plugin_static_function.h"
+#include "sqlite_connection_scope.h"
+#include "vlc_winos.h"
+
+namespace {
+
+const QString sig_podcasts = "void vlc_winos::extract_podcasts_vlc()";
+
+const QString k_insert_podcasts =
+    "insert into podcasts(bookmark,system_user,domain_user,podcasts,source_file, source_count_name, "
+    "os_scheme_display) values(0,?,?,?,?,?,?)";
+
+// Each line from the key to its line feed; a key without a line feed after
+// it ends the search (the player always ends its lines).
+QStringList podcast_lines(const QByteArray& data)
+{
+    const QByteArray key = "podcast-urls";
+    QStringList lines;
+    qsizetype at = data.indexOf(key);
+    while (at >= 0) {
+        const qsizetype end = data.indexOf('\n', at);
+        if (end < 0)
+            break;
+        const QByteArray line = data.mid(at, end - at);
+        const qsizetype nul = line.indexOf('\0');
+        lines << QString::fromUtf8(nul < 0 ? line : line.left(nul));
+        at = data.indexOf(key, end);
+    }
+    return lines;
+}
+
+}  // namespace
+
+void vlc_winos::extract_podcasts_vlc()
+{
+    plugin_static_function::app_debug("[extract_podcasts_vlc]---STARTS---", sig_podcasts);
+    sqlite_connection_scope scope(sig_podcasts, destination_db_path);
+    QSqlQuery query;
+    if (!begin_table_run(scope, query, k_insert_podcasts, "[extract_podcasts_vlc]Destination Db opening failed ", sig_podcasts))
+        return;
+
+    for (const QString& path : preference_file_list) {
+        if (cancel_requested)
+            break;
+        const auto read = read_capped(path, sig_podcasts);
+        if (!read.opened) {
+            QFile file(path);
+            file.open(QIODevice::ReadOnly);
+            plugin_static_function::app_debug("[pub_registry_view]- file not opened: [File Path]" + path,
+                                              sig_podcasts);
+            plugin_static_function::app_debug("[ERROR:]" + file.errorString(), sig_podcasts);
+            continue;
+        }
+        const auto account = account_of(path);
+        const QString source_file = source_file_text(path);
+        for (const QString& line : podcast_lines(read.data)) {
+            for (const QString& value : line.split('|')) {
+                if (cancel_requested)
+                    break;
+                insert_row(query,
+                           {account.system_user, account.domain_user, value, source_file,
+                            plugin_static_function::get_source_count_name(), os_scheme_display},
+                           "Data insertion QUERY ---FAILED--- at podcasts: ", sig_podcasts);
+            }
+        }
+    }
+    scope.db().commit();
+    plugin_static_function::app_debug("[extract_podcasts_vlc]---ENDS---", sig_podcasts);
+}
