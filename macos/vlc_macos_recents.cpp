@@ -41,7 +41,8 @@ QString document_path(const QString& text)
             break;
         }
     }
-    return QUrl::fromPercentEncoding(rest.toUtf8());
+    const QString path = QUrl::fromPercentEncoding(rest.toUtf8());
+    return path.startsWith('/') ? path : "/" + path;
 }
 
 }  // namespace
