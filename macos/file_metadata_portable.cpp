@@ -16,7 +16,7 @@ namespace {
 
 QString epoch_seconds(const QDateTime& moment)
 {
-    return moment.isValid() ? QString::number(moment.toUTC().toMSecsSinceEpoch() / 1000) : QString();
+    return moment.isValid() ? QString::number(moment.toMSecsSinceEpoch() / 1000) : QString();
 }
 
 // A metadata attribute holds a binary property list; anything else is kept
@@ -47,9 +47,9 @@ public:
             record.fs_node_count = QString::number(
                 QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot).size());
         }
-        const QMimeType& mime = mime_of(info);
-        record.content_type = mime.name();
-        record.kind = mime.comment();
+        const mime_texts& mime = mime_of(info);
+        record.content_type = mime.name;
+        record.kind = mime.comment;
 
         const QHash<QString, QByteArray> attributes = extended_attribute_reader::read_all(path);
         if (attributes.isEmpty())
@@ -82,7 +82,13 @@ public:
 private:
     // Matched by name only, never by content: the content is evidence that
     // need not be read, and a library holds many files of few kinds.
-    const QMimeType& mime_of(const QFileInfo& info)
+    struct mime_texts
+    {
+        QString name;
+        QString comment;
+    };
+
+    const mime_texts& mime_of(const QFileInfo& info)
     {
         const QString key = info.isDir() ? QString("/") : info.completeSuffix().toLower();
         auto known = m_by_suffix.constFind(key);
@@ -90,13 +96,13 @@ private:
             const QMimeType type = info.isDir() ? m_database.mimeTypeForName("inode/directory")
                                                 : m_database.mimeTypeForFile(info.fileName(),
                                                                              QMimeDatabase::MatchExtension);
-            known = m_by_suffix.insert(key, type);
+            known = m_by_suffix.insert(key, mime_texts{type.name(), type.comment()});
         }
         return *known;
     }
 
     QMimeDatabase m_database;
-    QHash<QString, QMimeType> m_by_suffix;
+    QHash<QString, mime_texts> m_by_suffix;
 };
 
 }  // namespace

@@ -1,7 +1,6 @@
 #include "vlc_macos.h"
 
 #include <QFileInfo>
-#include <QSqlError>
 #include <QXmlStreamWriter>
 
 #include "source_path_guard.h"
@@ -32,7 +31,7 @@ const QString k_preference_file = "/Library/Preferences/org.videolan.vlc.plist";
 
 QString epoch_seconds(const QDateTime& moment)
 {
-    return moment.isValid() ? QString::number(moment.toUTC().toMSecsSinceEpoch() / 1000) : QString();
+    return moment.isValid() ? QString::number(moment.toMSecsSinceEpoch() / 1000) : QString();
 }
 
 }  // namespace
@@ -171,7 +170,8 @@ vlc_macos::media_file_facts vlc_macos::gather_media_file_facts(const QString& so
     facts.exists = info.exists();
     if (!facts.exists)
         return facts;
-    facts.size = plugin_static_function::mining_size(source_path);
+    // A folder's size is the sum of its files; a file's is already at hand.
+    facts.size = info.isDir() ? plugin_static_function::mining_size(source_path) : QString::number(info.size());
     facts.birth_seconds = epoch_seconds(info.birthTime());
     facts.attributes = extract_cfstring_attributes(source_path);
     facts.used = plugin_static_function::extract_used_date(source_path);
@@ -193,15 +193,6 @@ QStringList vlc_macos::source_file_columns(const QString& path) const
 {
     return {plugin_static_function::get_relative_file_path(path, source_root, source_type),
             plugin_static_function::get_final_artifact_source_file(path, source_root, source_type).value(0)};
-}
-
-bool vlc_macos::insert_row(QSqlQuery& query, const QStringList& values)
-{
-    // The statement is prepared once per reader; only the values change.
-    // An empty text is stored as NULL, as a missing value.
-    for (int i = 0; i < values.size(); ++i)
-        query.bindValue(i, values.at(i).isEmpty() ? QVariant(QMetaType(QMetaType::QString)) : QVariant(values.at(i)));
-    return query.exec();
 }
 
 // ---- metadata ----------------------------------------------------------------

@@ -3,8 +3,6 @@
 // Extractor of a macOS source: per-user discovery of the player's files and the
 // readers of the media library, recent items, recently played list and podcasts.
 
-#include <QSqlQuery>
-
 #include <memory>
 
 #include "extractor_base.h"
@@ -94,7 +92,6 @@ private:
     media_file_facts gather_media_file_facts(const QString& source_path, const QString& caller);
     QString path_below_root(const QString& path) const;
     QStringList source_file_columns(const QString& path) const;
-    bool insert_row(QSqlQuery& query, const QStringList& values);
     void add_if_inside(QList<QString>& list, const QString& path);
 
     QList<QString> extended_attribute_keys;

@@ -2,9 +2,9 @@
 // one row per track, with the facts of the media file inside the source.
 
 #include <QFile>
-#include <QSqlError>
 #include <QUrl>
 
+#include "prepared_insert.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
 #include "xspf_track_reader.h"
@@ -43,8 +43,7 @@ void vlc_macos::extract_media_library()
         return;
     }
     connection.db().transaction();
-    QSqlQuery insert(connection.db());
-    insert.prepare(k_insert_media_library);
+    prepared_insert insert(connection.db(), k_insert_media_library);
     const auto stop = [this] { return cancel_requested; };
 
     for (const QString& library_file : media_library_files) {
@@ -76,12 +75,12 @@ void vlc_macos::extract_media_library()
                 a.torrent_file_list, a.kind, facts.extended.value(0), facts.extended.value(1),
                 plugin_static_function::get_source_count_name(), os_scheme_display, source_columns.value(0),
                 source_columns.value(1)};
-            if (insert_row(insert, values)) {
+            if (insert.exec(values)) {
                 count_inserted_row();
             } else {
                 plugin_static_function::app_debug(
                     "[extract_media_library] insert query executin ------------FAILED---------- "
-                        + insert.lastError().text(),
+                        + insert.last_error_text(),
                     sig_media_library);
             }
         }

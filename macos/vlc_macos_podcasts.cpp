@@ -2,8 +2,8 @@
 // podcasts table, and the duration texts of the media library.
 
 #include <QFile>
-#include <QSqlError>
 
+#include "prepared_insert.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
 
@@ -31,8 +31,7 @@ void vlc_macos::extract_podcasts()
         return;
     }
     connection.db().transaction();
-    QSqlQuery insert(connection.db());
-    insert.prepare(k_insert_podcasts);
+    prepared_insert insert(connection.db(), k_insert_podcasts);
 
     for (const QString& configuration : configuration_files) {
         if (cancel_requested)
@@ -59,11 +58,11 @@ void vlc_macos::extract_podcasts()
                     continue;
                 const QStringList values = {"0", user, url, plugin_static_function::get_source_count_name(),
                                             os_scheme_display, source_file, relation};
-                if (insert_row(insert, values))
+                if (insert.exec(values))
                     count_inserted_row();
                 else
                     plugin_static_function::app_debug("[extract_podcasts] insert query execution -------FAILED---------- "
-                                                          + insert.lastError().text(),
+                                                          + insert.last_error_text(),
                                                       sig_podcasts);
             }
         }
@@ -93,5 +92,5 @@ QString vlc_macos::convert_sec_to_hh_mm_ss(QString duration)
 
 QString vlc_macos::prepend_zero_for_time(QString value, int width)
 {
-    return QString("%1").arg(value.toUInt(), width, 10, QChar('0'));
+    return QString::number(value.toUInt()).rightJustified(width, QChar('0'));
 }

@@ -1,10 +1,10 @@
 // Recently played media ("recentlyPlayedMediaList" of each user's preference
 // file) into the recent_played table, with the facts of each media file.
 
-#include <QSqlError>
 #include <QUrl>
 
 #include "plist_document.h"
+#include "prepared_insert.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
 
@@ -50,8 +50,7 @@ void vlc_macos::xcode_extract_recent_played_11_12(QString file_path, QString use
         return;
     }
     connection.db().transaction();
-    QSqlQuery insert(connection.db());
-    insert.prepare(k_insert_recent_played);
+    prepared_insert insert(connection.db(), k_insert_recent_played);
     const QStringList source_columns = source_file_columns(file_path);
 
     const plist_t list = plist_document::dict_item(preferences.get(), "recentlyPlayedMediaList");
@@ -73,12 +72,12 @@ void vlc_macos::xcode_extract_recent_played_11_12(QString file_path, QString use
             facts.used.used_dates.join(";++::++;"), facts.source_path, facts.source_path, facts.extended.value(0),
             facts.extended.value(1), plugin_static_function::get_source_count_name(), os_scheme_display,
             source_columns.value(0), source_columns.value(1)};
-        if (insert_row(insert, values))
+        if (insert.exec(values))
             count_inserted_row();
         else
             plugin_static_function::app_debug(
                 "[xcode_extract_recent_played_11_12] insert query execution ------------FAILED---------- "
-                    + insert.lastError().text(),
+                    + insert.last_error_text(),
                 sig_recent_played);
     }
     // Rows written before a cancel stay: the commit runs either way.

@@ -1,10 +1,10 @@
 // Recently opened documents into the recents table: the older per-application
 // list in the preferences folder, and the newer shared-file-list archive.
 
-#include <QSqlError>
 #include <QUrl>
 
 #include "plist_document.h"
+#include "prepared_insert.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
 
@@ -79,8 +79,7 @@ void vlc_macos::xcode_extract_recents_items(QString file_path, QString db_path, 
     }
 
     connection.db().transaction();
-    QSqlQuery insert(connection.db());
-    insert.prepare(k_insert_recents);
+    prepared_insert insert(connection.db(), k_insert_recents);
     const QString source_file = path_below_root(file_path);
     const uint32_t count = plist_array_get_size(items);
     for (uint32_t i = 0; i < count && !cancel_requested; ++i) {
@@ -90,7 +89,7 @@ void vlc_macos::xcode_extract_recents_items(QString file_path, QString db_path, 
         const QStringList values = {"0", user_name, plist_document::string_of(name),
                                     plugin_static_function::get_source_count_name(), os_scheme_display,
                                     source_file, source_file};
-        if (insert_row(insert, values))
+        if (insert.exec(values))
             count_inserted_row();
         else
             plugin_static_function::app_debug("[extract_recents_items]---------FAILED----- to execute query",
@@ -123,8 +122,7 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
                                           sig_recents_11_12);
 
     connection.db().transaction();
-    QSqlQuery insert(connection.db());
-    insert.prepare(k_insert_recents_11_12);
+    prepared_insert insert(connection.db(), k_insert_recents_11_12);
     const QString source_file = path_below_root(file_path);
     const QString relation = source_file_columns(file_path).value(1);
 
@@ -165,7 +163,7 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
                                         os_scheme_display,
                                         source_file,
                                         relation};
-            if (insert_row(insert, values))
+            if (insert.exec(values))
                 count_inserted_row();
             else
                 plugin_static_function::app_debug(
