@@ -127,8 +127,12 @@ public:
     static QString plist_value_as_text(plist_t node);
     // Usage dates of a file the source-path guard allowed.
     static struct_GLOBAL_ARTIFACT_used_dates extract_used_date(QString path);
+    // "2019-05-04 10:20:30 +0000" (a metadata date's description) as epoch seconds.
+    static QString convert_date_description_to_epoch(QString description);
 #ifdef __APPLE__
     static QString convert_cfstring_to_qstring(const struct __CFString* text);
+    // CFCopyDescription of any CoreFoundation object as text; empty for null.
+    static QString get_cf_description(const void* object);
 #endif
 
     // ---- static run state --------------------------------------------------

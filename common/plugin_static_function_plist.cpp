@@ -11,9 +11,10 @@
 #include "plist_document.h"
 #include "plugin_static_function.h"
 
+#include <QTimeZone>
+
 #ifdef __APPLE__
 #include <CoreServices/CoreServices.h>
-#include <QTimeZone>
 #endif
 
 namespace {
@@ -113,29 +114,7 @@ struct_GLOBAL_ARTIFACT_used_dates used_dates_from(const QString& last, const QSt
     return dates;
 }
 
-#ifdef __APPLE__
-
-QString description_of(CFTypeRef value)
-{
-    if (!value)
-        return QString();
-    CFStringRef text = CFCopyDescription(value);
-    const QString description = plugin_static_function::convert_cfstring_to_qstring(text);
-    if (text)
-        CFRelease(text);
-    return description;
-}
-
-QString seconds_of_description(const QString& text)
-{
-    QDateTime moment = plugin_static_function::get_datetime_from_string_with_iso_date(text);
-    if (!moment.isValid())
-        return QString();
-    moment.setTimeZone(QTimeZone::utc());
-    return QString::number(moment.toMSecsSinceEpoch() / 1000);
-}
-
-#else
+#ifndef __APPLE__
 
 // Seconds of the "com.apple.lastuseddate#PS" attribute: a timespec, little-endian.
 QString seconds_of_timespec(const QByteArray& value)
@@ -239,7 +218,27 @@ QString plugin_static_function::plist_value_as_text(plist_t node)
     return items.join(k_list_separator);
 }
 
+QString plugin_static_function::convert_date_description_to_epoch(QString description)
+{
+    QDateTime moment = get_datetime_from_string_with_iso_date(description);
+    if (!moment.isValid())
+        return QString();
+    moment.setTimeZone(QTimeZone::utc());
+    return QString::number(moment.toMSecsSinceEpoch() / 1000);
+}
+
 #ifdef __APPLE__
+
+QString plugin_static_function::get_cf_description(const void* object)
+{
+    if (!object)
+        return QString();
+    CFStringRef text = CFCopyDescription(static_cast<CFTypeRef>(object));
+    const QString description = convert_cfstring_to_qstring(text);
+    if (text)
+        CFRelease(text);
+    return description;
+}
 
 QString plugin_static_function::convert_cfstring_to_qstring(const __CFString* text)
 {
@@ -258,16 +257,16 @@ struct_GLOBAL_ARTIFACT_used_dates plugin_static_function::extract_used_date(QStr
     QString last;
     CFTypeRef last_used = MDItemCopyAttribute(item, kMDItemLastUsedDate);
     if (last_used) {
-        last = seconds_of_description(description_of(last_used));
+        last = convert_date_description_to_epoch(get_cf_description(last_used));
         CFRelease(last_used);
     }
     QStringList all;
     CFTypeRef used = MDItemCopyAttribute(item, CFSTR("kMDItemUsedDates"));
     if (used) {
-        QString text = description_of(used);
+        QString text = get_cf_description(used);
         text.remove('(').remove(')').remove('"');
         for (const QString& piece : text.split(',', Qt::SkipEmptyParts)) {
-            const QString seconds = seconds_of_description(piece.simplified());
+            const QString seconds = convert_date_description_to_epoch(piece.simplified());
             if (!seconds.isEmpty())
                 all << seconds;
         }

@@ -4,10 +4,8 @@
 #include <CoreServices/CoreServices.h>
 #include <ImageIO/ImageIO.h>
 
-#include <QDateTime>
 #include <QRegularExpression>
 #include <QUrl>
-#include <QTimeZone>
 
 #include "file_metadata_reader.h"
 #include "plugin_static_function.h"
@@ -27,14 +25,6 @@ struct cf_holder
     cf_holder(const cf_holder&) = delete;
     cf_holder& operator=(const cf_holder&) = delete;
 };
-
-QString description_of(CFTypeRef value)
-{
-    if (!value)
-        return QString();
-    const cf_holder text(CFCopyDescription(value));
-    return plugin_static_function::convert_cfstring_to_qstring(static_cast<CFStringRef>(text.ref));
-}
 
 // A list's description is "(\n    \"a\",\n    \"b\"\n)": only the elements stay.
 QString cleaned_list(QString text)
@@ -68,15 +58,6 @@ QString unwrapped(const QString& text)
     return text;
 }
 
-QString date_seconds(const QString& description)
-{
-    QDateTime moment = plugin_static_function::get_datetime_from_string_with_iso_date(description);
-    if (!moment.isValid())
-        return QString();
-    moment.setTimeZone(QTimeZone::utc());
-    return QString::number(moment.toMSecsSinceEpoch() / 1000);
-}
-
 class item_attributes
 {
 public:
@@ -100,7 +81,7 @@ public:
             return QString();
         const cf_holder cf_name(name.toCFString());
         const cf_holder value(MDItemCopyAttribute(m_item, static_cast<CFStringRef>(cf_name.ref)));
-        return description_of(value.ref);
+        return plugin_static_function::get_cf_description(value.ref);
     }
 
 private:
@@ -129,12 +110,12 @@ public:
     {
         const item_attributes item(path);
         struct_GLOBAL_ARTIFACT_cfstring_attributes record;
-        record.content_creation_date = date_seconds(item.text("kMDItemContentCreationDate"));
-        record.content_modification_date = date_seconds(item.text("kMDItemContentModificationDate"));
+        record.content_creation_date = plugin_static_function::convert_date_description_to_epoch(item.text("kMDItemContentCreationDate"));
+        record.content_modification_date = plugin_static_function::convert_date_description_to_epoch(item.text("kMDItemContentModificationDate"));
         record.content_type = item.text("kMDItemContentType");
-        record.date_added = date_seconds(item.text("kMDItemDateAdded"));
-        record.fs_content_change_date = date_seconds(item.text("kMDItemFSContentChangeDate"));
-        record.fs_creation_date = date_seconds(item.text("kMDItemFSCreationDate"));
+        record.date_added = plugin_static_function::convert_date_description_to_epoch(item.text("kMDItemDateAdded"));
+        record.fs_content_change_date = plugin_static_function::convert_date_description_to_epoch(item.text("kMDItemFSContentChangeDate"));
+        record.fs_creation_date = plugin_static_function::convert_date_description_to_epoch(item.text("kMDItemFSCreationDate"));
         record.fs_name = item.text("kMDItemFSName");
         record.fs_node_count = unwrapped(item.text("kMDItemFSNodeCount"));
         record.kind = item.text("kMDItemKind");
