@@ -122,7 +122,12 @@ private slots:
                        entry_at("file:///Users/alice/Movies/%2E%2E/%2E%2E/%2E%2E/%2E%2E" + outside.path()
                                     + "/secret.mp4",
                                 2)});
-        QVERIFY2(run.run({"--user", "alice", "--tables", "media_library"}), qPrintable(run.result.err));
+        // bob's library itself is a link to a library outside: it is not read.
+        write_library(outside.filePath("ml.xspf"), {entry_at("file:///Users/bob/x.mp4", 0)});
+        const QString bob_library = run.source.filePath(k_alice_library).replace("/alice/", "/bob/");
+        QVERIFY(QDir().mkpath(QFileInfo(bob_library).absolutePath()));
+        QVERIFY(QFile::link(outside.filePath("ml.xspf"), bob_library));
+        QVERIFY2(run.run({"--user", "alice", "--user", "bob", "--tables", "media_library"}), qPrintable(run.result.err));
         const auto rows = run.rows("select file_exist, file_size, content_type, preview_file_path from media_library");
         QCOMPARE(rows.size(), 3);
         for (const QVariantList& row : rows) {
