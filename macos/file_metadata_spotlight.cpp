@@ -137,7 +137,7 @@ public:
         if (!source.ref)
             return position;
         const cf_holder properties(
-            CGImageSourceCopyPropertiesAtIndex(static_cast<CGImageSourceRef>(source.ref), 0, nullptr));
+            CGImageSourceCopyPropertiesAtIndex(static_cast<CGImageSourceRef>(const_cast<void*>(source.ref)), 0, nullptr));
         if (!properties.ref)
             return position;
         const auto gps = static_cast<CFDictionaryRef>(
