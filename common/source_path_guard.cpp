@@ -80,9 +80,12 @@ QString resolved_existing_prefix(const QString& cleaned_path)
     QString probe = cleaned_path;
     while (!probe.isEmpty()) {
         const QFileInfo info(probe);
+        // The link test first: for anything but a link its status read also
+        // answers whether the entry exists.
+        const bool is_link = info.isSymLink();
         if (info.exists())
             return canonical_entry(probe, info);
-        if (info.isSymLink())
+        if (is_link)
             return QString();  // a dangling link: where it points is not ours to follow
         const int slash = probe.lastIndexOf('/');
         if (slash <= 0)

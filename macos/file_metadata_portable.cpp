@@ -9,15 +9,11 @@
 
 #include "extended_attribute_reader.h"
 #include "file_metadata_reader.h"
+#include "file_times.h"
 #include "plist_document.h"
 #include "plugin_static_function.h"
 
 namespace {
-
-QString epoch_seconds(const QDateTime& moment)
-{
-    return moment.isValid() ? QString::number(moment.toMSecsSinceEpoch() / 1000) : QString();
-}
 
 // A metadata attribute holds a binary property list; anything else is kept
 // as the text it holds.
@@ -36,13 +32,14 @@ QString attribute_text(const QByteArray& value)
 class portable_metadata_reader : public file_metadata_reader
 {
 public:
-    struct_GLOBAL_ARTIFACT_cfstring_attributes fixed_attributes(const QString& path) override
+    struct_GLOBAL_ARTIFACT_cfstring_attributes fixed_attributes(const QFileInfo& info) override
     {
         struct_GLOBAL_ARTIFACT_cfstring_attributes record;
-        const QFileInfo info(path);
+        const QString path = info.filePath();
         record.fs_name = info.fileName();
-        record.fs_creation_date = epoch_seconds(info.birthTime());
-        record.fs_content_change_date = epoch_seconds(info.lastModified());
+        const file_times::times times = file_times::of(path);
+        record.fs_creation_date = times.birth;
+        record.fs_content_change_date = times.modification;
         if (info.isDir()) {
             record.fs_node_count = QString::number(
                 QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot).size());

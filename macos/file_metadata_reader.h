@@ -6,6 +6,7 @@
 // metadata kept as extended attributes) and the rest stays empty. Every path
 // handed in has passed the source-path guard and exists.
 
+#include <QFileInfo>
 #include <QString>
 #include <QStringList>
 
@@ -36,7 +37,9 @@ class file_metadata_reader
 public:
     virtual ~file_metadata_reader() = default;
 
-    virtual struct_GLOBAL_ARTIFACT_cfstring_attributes fixed_attributes(const QString& path) = 0;
+    // The file's information is passed as already read, so what it holds is
+    // not asked of the file system again.
+    virtual struct_GLOBAL_ARTIFACT_cfstring_attributes fixed_attributes(const QFileInfo& file) = 0;
     // {latitude, longitude}, each empty when the file has no position.
     virtual QStringList latitude_longitude(const QString& path) = 0;
     // The cleaned value of one examiner-selected attribute; empty when absent.

@@ -106,8 +106,9 @@ QString string_in(CFDictionaryRef dictionary, CFStringRef key)
 class spotlight_metadata_reader : public file_metadata_reader
 {
 public:
-    struct_GLOBAL_ARTIFACT_cfstring_attributes fixed_attributes(const QString& path) override
+    struct_GLOBAL_ARTIFACT_cfstring_attributes fixed_attributes(const QFileInfo& file) override
     {
+        const QString path = file.filePath();
         const item_attributes item(path);
         struct_GLOBAL_ARTIFACT_cfstring_attributes record;
         record.content_creation_date = plugin_static_function::convert_date_description_to_epoch(item.text("kMDItemContentCreationDate"));

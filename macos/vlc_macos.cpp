@@ -3,6 +3,7 @@
 #include <QFileInfo>
 #include <QXmlStreamWriter>
 
+#include "file_times.h"
 #include "source_path_guard.h"
 
 namespace {
@@ -28,11 +29,6 @@ const QString k_recents_plist = "/Library/Preferences/org.videolan.vlc.LSSharedF
 const QString k_recents_sfl = "/Library/Application Support/com.apple.sharedfilelist/"
                               "com.apple.LSSharedFileList.ApplicationRecentDocuments/org.videolan.vlc.sfl";
 const QString k_preference_file = "/Library/Preferences/org.videolan.vlc.plist";
-
-QString epoch_seconds(const QDateTime& moment)
-{
-    return moment.isValid() ? QString::number(moment.toMSecsSinceEpoch() / 1000) : QString();
-}
 
 }  // namespace
 
@@ -167,13 +163,14 @@ vlc_macos::media_file_facts vlc_macos::gather_media_file_facts(const QString& so
         return facts;
     facts.source_path = source_path;
     const QFileInfo info(source_path);
-    facts.exists = info.exists();
+    // Asked after the type, existence comes with the same status read.
+    facts.exists = info.isFile() || info.isDir() || info.exists();
     if (!facts.exists)
         return facts;
     // A folder's size is the sum of its files; a file's is already at hand.
     facts.size = info.isDir() ? plugin_static_function::mining_size(source_path) : QString::number(info.size());
-    facts.birth_seconds = epoch_seconds(info.birthTime());
-    facts.attributes = extract_cfstring_attributes(source_path);
+    facts.birth_seconds = file_times::of(source_path).birth;
+    facts.attributes = extract_cfstring_attributes(info);
     facts.used = plugin_static_function::extract_used_date(source_path);
     facts.extended = get_extended_attributes({source_path});
     return facts;
@@ -199,7 +196,12 @@ QStringList vlc_macos::source_file_columns(const QString& path) const
 
 struct_GLOBAL_ARTIFACT_cfstring_attributes vlc_macos::extract_cfstring_attributes(QString path)
 {
-    return metadata_reader->fixed_attributes(path);
+    return extract_cfstring_attributes(QFileInfo(path));
+}
+
+struct_GLOBAL_ARTIFACT_cfstring_attributes vlc_macos::extract_cfstring_attributes(const QFileInfo& file)
+{
+    return metadata_reader->fixed_attributes(file);
 }
 
 QStringList vlc_macos::extract_longi_lati_attributes(QString path)

@@ -84,6 +84,7 @@ private:
     // Metadata of one file (the path passed the source-path guard).
     void filter_extended_attribute_list();
     struct_GLOBAL_ARTIFACT_cfstring_attributes extract_cfstring_attributes(QString path);
+    struct_GLOBAL_ARTIFACT_cfstring_attributes extract_cfstring_attributes(const QFileInfo& file);
     QStringList extract_longi_lati_attributes(QString path);
     QStringList get_extended_attributes(QList<QString> paths);
 
