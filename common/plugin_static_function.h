@@ -11,7 +11,18 @@
 #include <QString>
 #include <QStringList>
 
+#include <plist/plist.h>
+
 #include "host_context_records.h"
+
+// Usage dates of one file, each as decimal seconds since 1970 (UTC).
+struct struct_GLOBAL_ARTIFACT_used_dates
+{
+    QString last_used_date;
+    QStringList used_dates;  // in the order the metadata lists them
+    QString first_date;      // first and last entries of used_dates
+    QString last_date;
+};
 
 class plugin_static_function
 {
@@ -98,6 +109,31 @@ public:
     static void copy_directory(QString source, QString destination);
     static void remove_directory(QString path);
     static QList<QString> get_unmatched_varible_list_of_parentlist(QList<QString> parent, QList<QString> other);
+
+    // ---- property-list readers ---------------------------------------------
+    // One key of a dictionary node, as text; empty when absent or of another
+    // type. Booleans give "YES"/"NO"; labelled forms give label ":+:" value.
+    static QString get_nsstring_values(QString key, plist_t dictionary);
+    static QString get_nsnumber_values(QString key, plist_t dictionary);
+    static QString get_nsnumber_values_yes_no(QString key, plist_t dictionary);
+    static QString get_nsnumber_key_and_value_yes_no(QString key, plist_t dictionary, QString label);
+    static QString get_nsstring_key_and_values(QString key, plist_t dictionary, QString label);
+    static QString get_nsnumber_key_and_values(QString key, plist_t dictionary, QString label);
+    static QString get_nsarray_key_and_values(QString key, plist_t dictionary, QString label);
+    // Seconds since 1970 of a date node, fractions dropped; 0 for anything else.
+    static qint64 convert_nsdate_to_epoch(plist_t date);
+    // Any scalar node as text (dates as epoch seconds, booleans "YES"/"NO"),
+    // an array's scalars joined by ";++::++;"; empty for anything else.
+    static QString plist_value_as_text(plist_t node);
+    // Usage dates of a file the source-path guard allowed.
+    static struct_GLOBAL_ARTIFACT_used_dates extract_used_date(QString path);
+    // "2019-05-04 10:20:30 +0000" (a metadata date's description) as epoch seconds.
+    static QString convert_date_description_to_epoch(QString description);
+#ifdef __APPLE__
+    static QString convert_cfstring_to_qstring(const struct __CFString* text);
+    // CFCopyDescription of any CoreFoundation object as text; empty for null.
+    static QString get_cf_description(const void* object);
+#endif
 
     // ---- static run state --------------------------------------------------
     static QString source_os_version_full;

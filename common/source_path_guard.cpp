@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QSet>
 
 #include "plugin_static_function.h"
@@ -39,15 +40,52 @@ QString canonical_root(const QString& cleaned_root)
     return last_canonical;
 }
 
+// Canonical forms of the folders resolved since the last reset_log(): a
+// library names thousands of files in a few folders, and the evidence does
+// not change during a run. Only folders that exist are kept.
+constexpr int k_max_cached_folders = 4096;
+QHash<QString, QString> g_canonical_folders;
+
+QString canonical_folder(const QString& folder)
+{
+    const auto known = g_canonical_folders.constFind(folder);
+    if (known != g_canonical_folders.constEnd())
+        return *known;
+    const QString canonical = QFileInfo(folder).canonicalFilePath();
+    if (!canonical.isEmpty()) {
+        if (g_canonical_folders.size() >= k_max_cached_folders)
+            g_canonical_folders.clear();
+        g_canonical_folders.insert(folder, canonical);
+    }
+    return canonical;
+}
+
+// The canonical form of an existing entry: a link is resolved whole; any
+// other entry is its folder's canonical form plus its own name.
+QString canonical_entry(const QString& path, const QFileInfo& info)
+{
+    const int slash = path.lastIndexOf('/');
+    const QString name = path.mid(slash + 1);
+    if (info.isSymLink() || slash <= 0 || name == "." || name == "..")
+        return info.canonicalFilePath();
+    const QString folder = canonical_folder(path.left(slash));
+    if (folder.isEmpty())
+        return QString();
+    return (folder.endsWith('/') ? folder : folder + "/") + name;
+}
+
 // The deepest part of the path that exists, with its links resolved.
 QString resolved_existing_prefix(const QString& cleaned_path)
 {
     QString probe = cleaned_path;
     while (!probe.isEmpty()) {
         const QFileInfo info(probe);
+        // The link test first: for anything but a link its status read also
+        // answers whether the entry exists.
+        const bool is_link = info.isSymLink();
         if (info.exists())
-            return info.canonicalFilePath();
-        if (info.isSymLink())
+            return canonical_entry(probe, info);
+        if (is_link)
             return QString();  // a dangling link: where it points is not ours to follow
         const int slash = probe.lastIndexOf('/');
         if (slash <= 0)
@@ -107,6 +145,7 @@ bool exists_inside(const QString& path, const QString& source_root, const QStrin
 void reset_log()
 {
     g_logged_refusals.clear();
+    g_canonical_folders.clear();
 }
 
 }  // namespace source_path_guard

@@ -20,7 +20,8 @@ bool allow(const QString& path, const QString& source_root, const QString& calle
 // Existence through the guard: a path outside the root never "exists".
 bool exists_inside(const QString& path, const QString& source_root, const QString& caller);
 
-// Forgets which refusals were already logged (start of a run).
+// Forgets which refusals were already logged and the folders resolved (start
+// of a run).
 void reset_log();
 
 }  // namespace source_path_guard

@@ -3,7 +3,11 @@
 // Extractor of a macOS source: per-user discovery of the player's files and the
 // readers of the media library, recent items, recently played list and podcasts.
 
+#include <memory>
+
 #include "extractor_base.h"
+#include "file_metadata_reader.h"
+#include "plugin_static_function.h"
 
 class vlc_macos : public extractor_base
 {
@@ -32,9 +36,19 @@ public:
     void macos_set_source_count(int count) { source_count = count; }
     void macos_set_extended_attributes_list(QList<QString> keys);
 
+    // Durations of the media library: milliseconds as "HH:MM:SS Hrs" or "MM:SS Min".
+    static QString convert_sec_to_hh_mm_ss(QString duration);
+    static QString prepend_zero_for_time(QString value, int width);
+
+    // The examiner's metadata keys that are not among the fixed columns.
+    QList<QString> selected_extended_attribute_keys() const { return extended_attribute_keys; }
+
 signals:
     void signal_extracted_records_of_plugin_macos(qint64 count);
     void signal_total_tabs_processed_macos(int count);
+
+public slots:
+    void slot_proc_generic_finished(int) { bool_process_generic_finished = 1; }
 
 protected:
     void emit_records_signal(qint64 count) override { emit signal_extracted_records_of_plugin_macos(count); }
@@ -42,5 +56,50 @@ protected:
     void find_source_file() override;
     void extract_plugin_artifacts() override;
 
+private:
+    // What the rows say of one media file the player named.
+    struct media_file_facts
+    {
+        QString source_path;  // inside the source root; empty when the name leads outside it
+        bool exists = false;
+        QString file_name;
+        QString suffix;
+        QString size;
+        QString birth_seconds;
+        struct_GLOBAL_ARTIFACT_cfstring_attributes attributes;
+        struct_GLOBAL_ARTIFACT_used_dates used;
+        QStringList extended{QString(), QString()};  // key/value XML, search text
+    };
+
+    // Table readers.
+    void extract_media_library();
+    void extract_podcasts();
+    void xcode_extract_recents_items(QString file_path, QString db_path, QString user_name);
+    void xcode_extract_recents_items_11_12(QString file_path, QString db_path, QString user_name,
+                                           QString root);
+    void xcode_extract_recent_played_11_12(QString file_path, QString user_name);
+    void extract_recent_documents();
+    void extract_recently_played();
+
+    // Metadata of one file (the path passed the source-path guard).
+    void filter_extended_attribute_list();
+    struct_GLOBAL_ARTIFACT_cfstring_attributes extract_cfstring_attributes(QString path);
+    struct_GLOBAL_ARTIFACT_cfstring_attributes extract_cfstring_attributes(const QFileInfo& file);
+    QStringList extract_longi_lati_attributes(QString path);
+    QStringList get_extended_attributes(QList<QString> paths);
+
+    // Shared row pieces.
+    QString path_inside_source(const QString& machine_path, const QString& user) const;
+    media_file_facts gather_media_file_facts(const QString& source_path, const QString& caller);
+    QString path_below_root(const QString& path) const;
+    QStringList source_file_columns(const QString& path) const;
+    void add_if_inside(QList<QString>& list, const QString& path);
+
     QList<QString> extended_attribute_keys;
+    QList<QString> media_library_files;
+    QList<QString> configuration_files;
+    QList<QString> recent_document_files;
+    QList<QString> preference_files;
+    std::unique_ptr<file_metadata_reader> metadata_reader;
+    int bool_process_generic_finished = 0;
 };

@@ -1,0 +1,96 @@
+// Podcast subscriptions ("podcast-urls=" of each user's "vlcrc") into the
+// podcasts table, and the duration texts of the media library.
+
+#include <QFile>
+
+#include "prepared_insert.h"
+#include "sqlite_connection_scope.h"
+#include "vlc_macos.h"
+
+namespace {
+
+const QString sig_podcasts = "void vlc_macos::extract_podcasts()";
+const QString k_insert_podcasts = "insert into podcasts(bookmark,system_user,podcasts ,source_count_name, "
+                                  "os_scheme_display,source_file,artifacts_relation_source_file)"
+                                  "values(?,?,?,?,?,?,?)";
+const QByteArray k_podcast_key = "podcast-urls=";
+// A configuration line is short; a longer one is read in pieces of this size,
+// so a damaged file never has to fit in memory.
+constexpr qint64 k_max_line_bytes = 1024 * 1024;
+
+}  // namespace
+
+void vlc_macos::extract_podcasts()
+{
+    plugin_static_function::app_debug("[extract_podcasts] starts", sig_podcasts);
+    sqlite_connection_scope connection(sig_podcasts, destination_db_path);
+    if (!connection.open()) {
+        plugin_static_function::app_debug("[extract_podcasts] destination db open -------FAILED------- "
+                                              + connection.last_error_text(),
+                                          sig_podcasts);
+        return;
+    }
+    connection.db().transaction();
+    prepared_insert insert(connection.db(), k_insert_podcasts);
+
+    for (const QString& configuration : configuration_files) {
+        if (cancel_requested)
+            break;
+        const QString user = plugin_static_function::extract_user_name_from_sourcefile(configuration, source_root);
+        QFile file(configuration);
+        if (!file.open(QIODevice::ReadOnly)) {
+            plugin_static_function::app_debug("[extract_podcasts] file open -------FAILED-----------", sig_podcasts);
+            continue;
+        }
+        const QString source_file = path_below_root(configuration);
+        const QString relation = source_file_columns(configuration).value(1);
+        while (!file.atEnd() && !cancel_requested) {
+            const QByteArray line = file.readLine(k_max_line_bytes);
+            if (!line.startsWith(k_podcast_key))
+                continue;
+            const QString urls = QString::fromUtf8(line).trimmed().mid(k_podcast_key.size());
+            for (const QString& part : urls.split('|')) {
+                if (cancel_requested)
+                    break;
+                // "a||b" and a trailing "|" leave empty parts: they name nothing.
+                const QString url = part.trimmed();
+                if (url.isEmpty())
+                    continue;
+                const QStringList values = {"0", user, url, plugin_static_function::get_source_count_name(),
+                                            os_scheme_display, source_file, relation};
+                if (insert.exec(values))
+                    count_inserted_row();
+                else
+                    plugin_static_function::app_debug("[extract_podcasts] insert query execution -------FAILED---------- "
+                                                          + insert.last_error_text(),
+                                                      sig_podcasts);
+            }
+        }
+    }
+    insert.finish();
+    connection.db().commit();
+    plugin_static_function::app_debug("[extract_podcasts] ends", sig_podcasts);
+}
+
+QString vlc_macos::convert_sec_to_hh_mm_ss(QString duration)
+{
+    // The text is milliseconds, as the library stores it.
+    bool ok = false;
+    const qint64 milliseconds = duration.trimmed().toInt(&ok);
+    const qint64 value = ok ? milliseconds : 0;
+    const qint64 hours = value / 3600000;
+    const qint64 remainder = (value / 1000) % 3600;
+    const qint64 minutes = remainder / 60;
+    const qint64 seconds = remainder - minutes * 60;
+    const QString hh = prepend_zero_for_time(QString::number(hours), 2);
+    const QString mm = prepend_zero_for_time(QString::number(minutes), 2);
+    const QString ss = prepend_zero_for_time(QString::number(seconds), 2);
+    if (hh != "00")
+        return hh + ":" + mm + ":" + ss + " Hrs";
+    return mm + ":" + ss + " Min";
+}
+
+QString vlc_macos::prepend_zero_for_time(QString value, int width)
+{
+    return QString::number(value.toUInt()).rightJustified(width, QChar('0'));
+}
