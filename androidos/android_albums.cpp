@@ -3,7 +3,7 @@
 
 #include <QFileInfo>
 
-#include "android_statement.h"
+#include "android_query.h"
 #include "android_source_run.h"
 #include "plugin_static_function.h"
 #include "vlc_androidos.h"
@@ -30,7 +30,7 @@ const QString k_insert_album =
 // Columns of the Album statement.
 enum album_column { id_album = 0, title = 1, artist_id = 2, thumbnail_id = 5, nb_tracks = 6, duration = 7 };
 
-QString album_title(const android_statement& album)
+QString album_title(const prepared_statement& album)
 {
     return album.is_null(title) ? QStringLiteral("Unknown Album") : album.text(title);
 }
@@ -44,11 +44,11 @@ void vlc_androidos::extract_album_art()
 
 bool vlc_androidos::insert_album_art_rows(android_source_run& run)
 {
-    android_statement insert(run.result(), k_insert_album_art);
+    prepared_statement insert(run.result(), k_insert_album_art);
     android_query thumbnail_query(run.source());
     android_query artist_query(run.source());
     const QString source_file = source_file_text(album_source);
-    android_statement& album = run.rows();
+    prepared_statement& album = run.rows();
 
     while (album.next()) {
         if (cancel_requested)
@@ -80,13 +80,13 @@ void vlc_androidos::extract_album()
 
 bool vlc_androidos::insert_album_rows(android_source_run& run)
 {
-    android_statement insert(run.result(), k_insert_album);
-    android_statement tracks(run.source(), k_select_album_tracks);
+    prepared_statement insert(run.result(), k_insert_album);
+    prepared_statement tracks(run.source(), k_select_album_tracks);
     android_query file_name_query(run.source());
     android_query file_query(run.source());
     android_query artist_query(run.source());
     const QString source_file = source_file_text(album_source);
-    android_statement& album = run.rows();
+    prepared_statement& album = run.rows();
 
     while (album.next()) {
         if (cancel_requested)
@@ -113,7 +113,7 @@ bool vlc_androidos::insert_album_rows(android_source_run& run)
     return true;
 }
 
-bool vlc_androidos::collect_album_tracks(android_source_run& run, const QString& album_id, android_statement& tracks,
+bool vlc_androidos::collect_album_tracks(android_source_run& run, const QString& album_id, prepared_statement& tracks,
                                          android_query& file_name_query, android_query& file_query,
                                          QStringList* item_info, QStringList* export_paths)
 {

@@ -3,7 +3,7 @@
 // prepares it, later calls only bind the new key, so a run of many rows does
 // not parse the same SQL again for each row.
 
-#include "android_statement.h"
+#include "android_query.h"
 #include "plugin_static_function.h"
 #include "vlc_androidos.h"
 
@@ -13,10 +13,10 @@ const QString k_separator = ";++::++;";
 
 // Runs the lookup's statement with its key; on failure logs the error and the
 // statement with the caller's signature and gives nothing.
-android_statement* run_lookup(android_query& query, const QString& statement, const QString& key,
+prepared_statement* run_lookup(android_query& query, const QString& statement, const QString& key,
                               const QString& signature)
 {
-    android_statement& prepared = query.prepared(statement);
+    prepared_statement& prepared = query.prepared(statement);
     if (prepared.execute(key))
         return &prepared;
     plugin_static_function::app_debug(prepared.error_text(), signature);
@@ -32,7 +32,7 @@ struct_audio_track vlc_androidos::get_audio_track_details(QString media_id, andr
         QStringLiteral("struct_audio_track vlc_androidos::get_audio_track_details(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_audio_track track;
-    android_statement* rows = run_lookup(
+    prepared_statement* rows = run_lookup(
         query,
         QStringLiteral("SELECT id_track,codec,bitrate,samplerate,nb_channels,language,description from AudioTrack "
                        "where media_id = ?"),
@@ -58,7 +58,7 @@ struct_video_track vlc_androidos::get_video_track_details(QString media_id, andr
         QStringLiteral("struct_video_track vlc_androidos::get_video_track_details(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_video_track track;
-    android_statement* rows = run_lookup(
+    prepared_statement* rows = run_lookup(
         query,
         QStringLiteral("SELECT codec,bitrate,width,height,language,description,fps_num,fps_den,sar_num,sar_den from "
                        "VideoTrack where media_id = ?"),
@@ -89,7 +89,7 @@ struct_artist vlc_androidos::get_artist_details(QString media_id, android_query&
         QStringLiteral("struct_artist vlc_androidos::get_artist_details(QString, QSqlQuery, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_artist artist;
-    android_statement* tracks = run_lookup(
+    prepared_statement* tracks = run_lookup(
         album_track_query, QStringLiteral("SELECT album_id from AlbumTrack where media_id = ?"), media_id, signature);
     if (!tracks)
         return artist;
@@ -104,7 +104,7 @@ struct_artist vlc_androidos::get_artist_details(QString media_id, android_query&
         plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
         return cached.value();
     }
-    android_statement* albums = run_lookup(
+    prepared_statement* albums = run_lookup(
         album_query, QStringLiteral("SELECT title, artist_id from Album where id_album = ?"), album_id, signature);
     if (!albums)
         return artist;
@@ -124,7 +124,7 @@ QString vlc_androidos::get_playlist_name(QString media_id, android_query& relati
     static const QString signature =
         QStringLiteral("QString vlc_androidos::get_playlist_name(QString, QSqlQuery, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral(" Starts"), signature);
-    android_statement* relations =
+    prepared_statement* relations =
         run_lookup(relation_query, QStringLiteral("SELECT playlist_id from PlaylistMediaRelation where media_id = ?"),
                    media_id, signature);
     if (!relations)
@@ -139,7 +139,7 @@ QString vlc_androidos::get_playlist_name(QString media_id, android_query& relati
         // Every member of a playlist asks for the same names.
         auto cached = playlist_names_cache.constFind(playlist_id);
         if (cached == playlist_names_cache.constEnd()) {
-            android_statement* playlists = run_lookup(
+            prepared_statement* playlists = run_lookup(
                 playlist_query, QStringLiteral("SELECT name from Playlist where id_playlist = ?"), playlist_id,
                 signature);
             if (!playlists)
@@ -165,7 +165,7 @@ QString vlc_androidos::get_artist_name(QString artist_id, android_query& query)
     if (cached != artist_name_cache.constEnd())
         return cached.value();
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
-    android_statement* rows =
+    prepared_statement* rows =
         run_lookup(query, QStringLiteral("SELECT name from Artist where id_artist = ?"), artist_id, signature);
     if (!rows)
         return QString();
@@ -183,7 +183,7 @@ QString vlc_androidos::get_thumbnail_path(QString thumbnail_id, android_query& q
     if (cached != thumbnail_path_cache.constEnd())
         return cached.value();
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
-    android_statement* rows = run_lookup(query, QStringLiteral("SELECT mrl from Thumbnail where id_thumbnail = ?"),
+    prepared_statement* rows = run_lookup(query, QStringLiteral("SELECT mrl from Thumbnail where id_thumbnail = ?"),
                                          thumbnail_id, signature);
     if (!rows)
         return QString();
@@ -216,7 +216,7 @@ struct_media vlc_androidos::get_file_name(QString media_id, android_query& query
     static const QString signature = QStringLiteral("struct_media vlc_androidos::get_file_name(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_media media;
-    android_statement* rows =
+    prepared_statement* rows =
         run_lookup(query, QStringLiteral("SELECT filename,duration from Media where id_media = ? "), media_id, signature);
     if (!rows)
         return media;
@@ -234,7 +234,7 @@ struct_file vlc_androidos::get_file_path(QString media_id, android_query& query)
     static const QString signature = QStringLiteral("struct_file vlc_androidos::get_file_path(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_file file;
-    android_statement* rows = run_lookup(query, k_select_file, media_id, signature);
+    prepared_statement* rows = run_lookup(query, k_select_file, media_id, signature);
     if (!rows)
         return file;
     if (rows->next()) {

@@ -1,7 +1,7 @@
 // The media library table: one row per Media row of the media database,
 // enriched with its file, tracks, album, artist, playlists and thumbnail.
 
-#include "android_statement.h"
+#include "android_query.h"
 #include "android_source_run.h"
 #include "plugin_static_function.h"
 #include "vlc_androidos.h"
@@ -47,11 +47,11 @@ void vlc_androidos::extract_media_library()
 bool vlc_androidos::insert_media_library_rows(android_source_run& run)
 {
     media_lookups lookups(run.source());
-    android_statement file(run.source(), k_select_file);
-    android_statement insert(run.result(), k_insert);
+    prepared_statement file(run.source(), k_select_file);
+    prepared_statement insert(run.result(), k_insert);
     const QString source_file = source_file_text(media_library_source);
     const QString source_count_name = plugin_static_function::get_source_count_name();
-    android_statement& media = run.rows();
+    prepared_statement& media = run.rows();
     QStringList values;
     values.reserve(39);
 

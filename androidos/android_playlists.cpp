@@ -1,7 +1,7 @@
 // The playlists table: one row per media item of every playlist in the media
 // database.
 
-#include "android_statement.h"
+#include "android_query.h"
 #include "android_source_run.h"
 #include "plugin_static_function.h"
 #include "vlc_androidos.h"
@@ -27,13 +27,13 @@ void vlc_androidos::extract_playlist()
 
 bool vlc_androidos::insert_playlist_rows(android_source_run& run)
 {
-    android_statement insert(run.result(), k_insert);
-    android_statement members(run.source(), k_select_members);
+    prepared_statement insert(run.result(), k_insert);
+    prepared_statement members(run.source(), k_select_members);
     android_query file_name_query(run.source());
     android_query file_query(run.source());
     const QString source_file = source_file_text(playlist_source);
     const QString source_count_name = plugin_static_function::get_source_count_name();
-    android_statement& playlist = run.rows();
+    prepared_statement& playlist = run.rows();
 
     while (playlist.next()) {
         if (cancel_requested)

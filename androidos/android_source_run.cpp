@@ -47,7 +47,7 @@ bool android_source_run::start(const QString& source_path, plugin_helper_functio
     }
 
     tune_source_cache();
-    m_rows = std::make_unique<android_statement>(m_source->db(), select_statement);
+    m_rows = std::make_unique<prepared_statement>(m_source->db(), select_statement);
     if (!m_rows->execute(QStringList())) {
         log_query_failure("query_select --------FAILED---------- ", *m_rows);
         close();
@@ -70,14 +70,14 @@ QString android_source_run::source_name() const
     return m_source ? m_source->db().databaseName() : QString();
 }
 
-void android_source_run::log_query_failure(const QString& headline, const android_statement& statement) const
+void android_source_run::log_query_failure(const QString& headline, const prepared_statement& statement) const
 {
     plugin_static_function::app_debug(headline + source_name(), m_signature);
     plugin_static_function::app_debug(statement.error_text(), m_signature);
     plugin_static_function::app_debug(statement.statement(), m_signature);
 }
 
-bool android_source_run::insert(android_statement& insert, const QStringList& values) const
+bool android_source_run::insert(prepared_statement& insert, const QStringList& values) const
 {
     if (insert.execute(values))
         return true;

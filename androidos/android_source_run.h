@@ -10,7 +10,7 @@
 
 #include <memory>
 
-#include "android_statement.h"
+#include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 
 class plugin_helper_functions;
@@ -30,16 +30,16 @@ public:
     // logged) when there is nothing to read.
     bool start(const QString& source_path, plugin_helper_functions* helper, const QString& select_statement);
 
-    android_statement& rows() { return *m_rows; }
+    prepared_statement& rows() { return *m_rows; }
     const QSqlDatabase& source() const { return m_source->db(); }
     const QSqlDatabase& result() const { return m_result->db(); }
     QString source_name() const;
 
     // Logs a failed statement the way every reader does: a headline with the
     // source's name, then the error text, then the statement.
-    void log_query_failure(const QString& headline, const android_statement& statement) const;
+    void log_query_failure(const QString& headline, const prepared_statement& statement) const;
     // Inserts one row; false (logged) when it failed.
-    bool insert(android_statement& insert, const QStringList& values) const;
+    bool insert(prepared_statement& insert, const QStringList& values) const;
     // Normal end of a reader: closes everything and logs the end line.
     void finish();
 
@@ -52,5 +52,5 @@ private:
     QString m_result_path;
     std::unique_ptr<sqlite_connection_scope> m_result;
     std::unique_ptr<sqlite_connection_scope> m_source;
-    std::unique_ptr<android_statement> m_rows;
+    std::unique_ptr<prepared_statement> m_rows;
 };

@@ -9,7 +9,7 @@
 
 class android_query;
 class android_source_run;
-class android_statement;
+class prepared_statement;
 
 struct struct_audio_track
 {
@@ -116,7 +116,7 @@ private:
     bool insert_playlist_rows(android_source_run& run);
     // One album's tracks as its row's item information and export paths;
     // false when cancelled.
-    bool collect_album_tracks(android_source_run& run, const QString& album_id, android_statement& tracks,
+    bool collect_album_tracks(android_source_run& run, const QString& album_id, prepared_statement& tracks,
                               android_query& file_name_query, android_query& file_query, QStringList* item_info,
                               QStringList* export_paths);
 

@@ -4,7 +4,7 @@
 #include <QFile>
 #include <QUrl>
 
-#include "prepared_insert.h"
+#include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
 #include "xspf_track_reader.h"
@@ -43,7 +43,7 @@ void vlc_macos::extract_media_library()
         return;
     }
     connection.db().transaction();
-    prepared_insert insert(connection.db(), k_insert_media_library);
+    prepared_statement insert(connection.db(), k_insert_media_library, prepared_statement::text_binding::empty_as_null);
     const auto stop = [this] { return cancel_requested; };
 
     for (const QString& library_file : media_library_files) {
@@ -75,12 +75,12 @@ void vlc_macos::extract_media_library()
                 a.torrent_file_list, a.kind, facts.extended.value(0), facts.extended.value(1),
                 plugin_static_function::get_source_count_name(), os_scheme_display, source_columns.value(0),
                 source_columns.value(1)};
-            if (insert.exec(values)) {
+            if (insert.execute(values)) {
                 count_inserted_row();
             } else {
                 plugin_static_function::app_debug(
                     "[extract_media_library] insert query executin ------------FAILED---------- "
-                        + insert.last_error_text(),
+                        + insert.error_text(),
                     sig_media_library);
             }
         }

@@ -3,7 +3,7 @@
 
 #include <QFile>
 
-#include "prepared_insert.h"
+#include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
 
@@ -31,7 +31,7 @@ void vlc_macos::extract_podcasts()
         return;
     }
     connection.db().transaction();
-    prepared_insert insert(connection.db(), k_insert_podcasts);
+    prepared_statement insert(connection.db(), k_insert_podcasts, prepared_statement::text_binding::empty_as_null);
 
     for (const QString& configuration : configuration_files) {
         if (cancel_requested)
@@ -58,11 +58,11 @@ void vlc_macos::extract_podcasts()
                     continue;
                 const QStringList values = {"0", user, url, plugin_static_function::get_source_count_name(),
                                             os_scheme_display, source_file, relation};
-                if (insert.exec(values))
+                if (insert.execute(values))
                     count_inserted_row();
                 else
                     plugin_static_function::app_debug("[extract_podcasts] insert query execution -------FAILED---------- "
-                                                          + insert.last_error_text(),
+                                                          + insert.error_text(),
                                                       sig_podcasts);
             }
         }

@@ -4,7 +4,7 @@
 #include <QUrl>
 
 #include "plist_document.h"
-#include "prepared_insert.h"
+#include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
 
@@ -50,7 +50,7 @@ void vlc_macos::xcode_extract_recent_played_11_12(QString file_path, QString use
         return;
     }
     connection.db().transaction();
-    prepared_insert insert(connection.db(), k_insert_recent_played);
+    prepared_statement insert(connection.db(), k_insert_recent_played, prepared_statement::text_binding::empty_as_null);
     const QStringList source_columns = source_file_columns(file_path);
 
     const plist_t list = plist_document::dict_item(preferences.get(), "recentlyPlayedMediaList");
@@ -72,12 +72,12 @@ void vlc_macos::xcode_extract_recent_played_11_12(QString file_path, QString use
             facts.used.used_dates.join(";++::++;"), facts.source_path, facts.source_path, facts.extended.value(0),
             facts.extended.value(1), plugin_static_function::get_source_count_name(), os_scheme_display,
             source_columns.value(0), source_columns.value(1)};
-        if (insert.exec(values))
+        if (insert.execute(values))
             count_inserted_row();
         else
             plugin_static_function::app_debug(
                 "[xcode_extract_recent_played_11_12] insert query execution ------------FAILED---------- "
-                    + insert.last_error_text(),
+                    + insert.error_text(),
                 sig_recent_played);
     }
     // Rows written before a cancel stay: the commit runs either way.

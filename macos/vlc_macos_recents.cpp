@@ -4,7 +4,7 @@
 #include <QUrl>
 
 #include "plist_document.h"
-#include "prepared_insert.h"
+#include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
 
@@ -79,7 +79,7 @@ void vlc_macos::xcode_extract_recents_items(QString file_path, QString db_path, 
     }
 
     connection.db().transaction();
-    prepared_insert insert(connection.db(), k_insert_recents);
+    prepared_statement insert(connection.db(), k_insert_recents, prepared_statement::text_binding::empty_as_null);
     const QString source_file = path_below_root(file_path);
     const uint32_t count = plist_array_get_size(items);
     for (uint32_t i = 0; i < count && !cancel_requested; ++i) {
@@ -89,7 +89,7 @@ void vlc_macos::xcode_extract_recents_items(QString file_path, QString db_path, 
         const QStringList values = {"0", user_name, plist_document::string_of(name),
                                     plugin_static_function::get_source_count_name(), os_scheme_display,
                                     source_file, source_file};
-        if (insert.exec(values))
+        if (insert.execute(values))
             count_inserted_row();
         else
             plugin_static_function::app_debug("[extract_recents_items]---------FAILED----- to execute query",
@@ -122,7 +122,7 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
                                           sig_recents_11_12);
 
     connection.db().transaction();
-    prepared_insert insert(connection.db(), k_insert_recents_11_12);
+    prepared_statement insert(connection.db(), k_insert_recents_11_12, prepared_statement::text_binding::empty_as_null);
     const QString source_file = path_below_root(file_path);
     const QString relation = source_file_columns(file_path).value(1);
 
@@ -163,7 +163,7 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
                                         os_scheme_display,
                                         source_file,
                                         relation};
-            if (insert.exec(values))
+            if (insert.execute(values))
                 count_inserted_row();
             else
                 plugin_static_function::app_debug(

@@ -2,9 +2,9 @@
 
 #include <QFileInfo>
 #include <QSqlError>
-#include <QSqlQuery>
 
 #include "plugin_static_function.h"
+#include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 
 namespace {
@@ -127,33 +127,26 @@ QString vlc_winos::source_file_text(const QString& path) const
     return plugin_static_function::get_final_artifact_source_file(below_root, source_root, source_type).value(0);
 }
 
-void vlc_winos::insert_row(QSqlQuery& query, const QVariantList& values, const QString& failure_prefix,
+void vlc_winos::insert_row(prepared_statement& insert, const QStringList& values, const QString& failure_prefix,
                            const QString& signature)
 {
-    // Text columns hold text: a value the evidence lacks is an empty text, not NULL.
-    for (int i = 0; i < values.size(); ++i) {
-        const QVariant& value = values.at(i);
-        const bool null_text = value.typeId() == QMetaType::QString && value.toString().isNull();
-        query.bindValue(i, null_text ? QVariant(QString("")) : value);
-    }
-    if (query.exec()) {
+    if (insert.execute(values)) {
         count_inserted_row();
         return;
     }
-    plugin_static_function::app_debug(failure_prefix + query.lastQuery() + " " + query.lastError().text(), signature);
+    plugin_static_function::app_debug(failure_prefix + insert.statement() + " " + insert.error_text(), signature);
 }
 
-bool vlc_winos::begin_table_run(sqlite_connection_scope& scope, QSqlQuery& query, const QString& insert,
-                                const QString& open_failure, const QString& signature)
+std::unique_ptr<prepared_statement> vlc_winos::begin_table_run(sqlite_connection_scope& scope, const QString& insert,
+                                                               const QString& open_failure, const QString& signature)
 {
     if (!scope.open()) {
         plugin_static_function::app_debug(open_failure + scope.last_error_text(), signature);
-        return false;
+        return nullptr;
     }
     scope.db().transaction();
-    query = QSqlQuery(scope.db());
-    query.prepare(insert);
-    return true;
+    // Text columns hold text: a value the evidence lacks is an empty text, not NULL.
+    return std::make_unique<prepared_statement>(scope.db(), insert, prepared_statement::text_binding::null_as_empty);
 }
 
 bounded_file_reader::result vlc_winos::read_capped(const QString& path, const QString& signature)

@@ -7,10 +7,13 @@
 #include <QString>
 #include <QVariantList>
 
+#include <memory>
+
 #include "bounded_file_reader.h"
 #include "extractor_base.h"
+#include "prepared_statement.h"
 
-class QSqlQuery;
+
 class sqlite_connection_scope;
 
 // One recent item taken from a shell link in a jump list.
@@ -112,13 +115,13 @@ protected:
     QString source_file_text(const QString& path) const;
     // Opens the result database for one table's run: a transaction begun and
     // the insert prepared; false (and the failure logged) when it did not open.
-    bool begin_table_run(sqlite_connection_scope& scope, QSqlQuery& query, const QString& insert,
-                         const QString& open_failure, const QString& signature);
+    std::unique_ptr<prepared_statement> begin_table_run(sqlite_connection_scope& scope, const QString& insert,
+                                                        const QString& open_failure, const QString& signature);
     // An evidence text file read up to the reader's ceiling; hitting it is logged.
     static bounded_file_reader::result read_capped(const QString& path, const QString& signature);
     bool read_playlist(const QString& path, const QString& signature, QByteArray* data);
     // Runs a prepared insert; counts the row, or logs the failure after the prefix.
-    void insert_row(QSqlQuery& query, const QVariantList& values, const QString& failure_prefix,
+    void insert_row(prepared_statement& insert, const QStringList& values, const QString& failure_prefix,
                     const QString& signature);
 
     struct_recents recents_work_record;

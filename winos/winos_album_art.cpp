@@ -3,7 +3,6 @@
 
 #include <QDirIterator>
 #include <QFileInfo>
-#include <QSqlQuery>
 
 #include "plugin_static_function.h"
 #include "sqlite_connection_scope.h"
@@ -35,8 +34,8 @@ void vlc_winos::album_arts_artifacts()
     if (art_folder_list.isEmpty())
         return;
     sqlite_connection_scope scope(sig_art, destination_db_path);
-    QSqlQuery query;
-    if (!begin_table_run(scope, query, k_insert_art, "[album_arts_artifacts]Destination Db opening failed ", sig_art))
+    const auto insert = begin_table_run(scope, k_insert_art, "[album_arts_artifacts]Destination Db opening failed ", sig_art);
+    if (!insert)
         return;
 
     for (const QString& folder : art_folder_list) {
@@ -55,12 +54,12 @@ void vlc_winos::album_arts_artifacts()
             if (suffix != "png" && suffix != "jpg")
                 continue;
             const QString relative = relative_to_source(path);
-            insert_row(query,
+            insert_row(*insert,
                        {account.system_user, account.domain_user, entries.fileName(), art_name_of(path), relative,
                         prepare_windows_path(path),
-                        plugin_static_function::get_posix_timestamp(path, "birth").toLongLong(),
-                        plugin_static_function::get_posix_timestamp(path, "modification").toLongLong(),
-                        plugin_static_function::get_posix_timestamp(path, "access").toLongLong(), relative, relative,
+                        QString::number(plugin_static_function::get_posix_timestamp(path, "birth").toLongLong()),
+                        QString::number(plugin_static_function::get_posix_timestamp(path, "modification").toLongLong()),
+                        QString::number(plugin_static_function::get_posix_timestamp(path, "access").toLongLong()), relative, relative,
                         source_file_text(path), plugin_static_function::get_source_count_name(), os_scheme_display},
                        "Data insertion QUERY -----FAILED----- at album_art: ", sig_art);
         }

@@ -2,7 +2,6 @@
 // jump list points at is read, and each of its entries becomes one row.
 
 #include <QFileInfo>
-#include <QSqlQuery>
 #include <QXmlStreamReader>
 
 #include "bounded_file_reader.h"
@@ -42,8 +41,8 @@ void vlc_winos::extract_playlists()
 {
     plugin_static_function::app_debug("[extract_playlists]---STARTS---", sig_playlists);
     sqlite_connection_scope scope(sig_playlists, destination_db_path);
-    QSqlQuery query;
-    if (!begin_table_run(scope, query, k_insert_playlists, "[extract_playlists]Destination Db opening ---FAILED--- ", sig_playlists))
+    const auto insert = begin_table_run(scope, k_insert_playlists, "[extract_playlists]Destination Db opening ---FAILED--- ", sig_playlists);
+    if (!insert)
         return;
 
     for (const struct_recents& record : recents_list) {
@@ -72,7 +71,7 @@ void vlc_winos::extract_playlists()
         const auto account = account_of(entry.jump_list_path);
         QString windows_path = entry.media_path;
         windows_path.replace('/', '\\');
-        insert_row(query,
+        insert_row(*insert,
                    {account.system_user, account.domain_user, entry.playlist_name, last_path_part(media_path), relative,
                     size, exists ? "YES" : "NO", relative, relative, windows_path,
                     plugin_static_function::get_human_readable_time(entry.duration), time_of("birth"),

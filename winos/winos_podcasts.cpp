@@ -2,7 +2,6 @@
 // holds the podcast key, commented or not, split into its URLs.
 
 #include <QFile>
-#include <QSqlQuery>
 
 #include "plugin_static_function.h"
 #include "sqlite_connection_scope.h"
@@ -41,8 +40,8 @@ void vlc_winos::extract_podcasts_vlc()
 {
     plugin_static_function::app_debug("[extract_podcasts_vlc]---STARTS---", sig_podcasts);
     sqlite_connection_scope scope(sig_podcasts, destination_db_path);
-    QSqlQuery query;
-    if (!begin_table_run(scope, query, k_insert_podcasts, "[extract_podcasts_vlc]Destination Db opening failed ", sig_podcasts))
+    const auto insert = begin_table_run(scope, k_insert_podcasts, "[extract_podcasts_vlc]Destination Db opening failed ", sig_podcasts);
+    if (!insert)
         return;
 
     for (const QString& path : preference_file_list) {
@@ -63,7 +62,7 @@ void vlc_winos::extract_podcasts_vlc()
             for (const QString& value : line.split('|')) {
                 if (cancel_requested)
                     break;
-                insert_row(query,
+                insert_row(*insert,
                            {account.system_user, account.domain_user, value, source_file,
                             plugin_static_function::get_source_count_name(), os_scheme_display},
                            "Data insertion QUERY ---FAILED--- at podcasts: ", sig_podcasts);

@@ -2,7 +2,6 @@
 // streams, each stream parsed as a shell link, each link one row.
 
 #include <QDirIterator>
-#include <QSqlQuery>
 
 #include <algorithm>
 #include <memory>
@@ -34,8 +33,8 @@ void vlc_winos::extract_recents()
 {
     plugin_static_function::app_debug("[extract_recents]---STARTS---", sig_recents);
     sqlite_connection_scope scope(sig_recents, destination_db_path);
-    QSqlQuery query;
-    if (!begin_table_run(scope, query, k_insert_recents, "[extract_recents]Destination Db opening ---FAILED--- ", sig_recents))
+    const auto insert = begin_table_run(scope, k_insert_recents, "[extract_recents]Destination Db opening ---FAILED--- ", sig_recents);
+    if (!insert)
         return;
     recents_list.clear();
     auto reader = std::make_unique<olecf_file_parse>();
@@ -80,7 +79,7 @@ void vlc_winos::extract_recents()
         const bool exists = source_path_guard::exists_inside(media_path, source_root, sig_recents);
         const QString relative = relative_to_source(media_path);
         const auto account = account_of(record.jump_list_path);
-        insert_row(query,
+        insert_row(*insert,
                    {account.system_user, account.domain_user, last_path_part(media_path), relative, record.file_size,
                     exists ? "YES" : "NO", relative, relative, record.local_path, record.drive_type,
                     record.drive_serial_number, record.volume_label, record.description, record.machine_identifier,

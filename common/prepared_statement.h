@@ -1,8 +1,8 @@
 #pragma once
 
 // One prepared statement on a QSQLITE connection, run many times with new
-// values: the lookups and inserts of the Android readers run once or more
-// per row, over tables of a hundred thousand rows.
+// values: the readers' lookups and inserts run once or more per evidence row,
+// over tables of a hundred thousand rows.
 //
 // Qt re-reads the column layout and converts every value through QVariant on
 // each run, which costs more than the statement itself. When the connection's
@@ -22,17 +22,27 @@
 
 struct sqlite3_stmt;
 
-class android_statement
+class prepared_statement
 {
 public:
-    android_statement(const QSqlDatabase& db, const QString& statement);
-    ~android_statement();
+    // How bound texts reach the database. Each extractor's tables keep the
+    // form their readers have always written: a missing value as NULL
+    // (null_as_null), as an empty text (null_as_empty), or every empty text
+    // as NULL (empty_as_null).
+    enum class text_binding { null_as_null, null_as_empty, empty_as_null };
 
-    android_statement(const android_statement&) = delete;
-    android_statement& operator=(const android_statement&) = delete;
+    prepared_statement(const QSqlDatabase& db, const QString& statement,
+                       text_binding binding = text_binding::null_as_null);
+    ~prepared_statement();
 
-    // Binds the values in order as text (a null text as NULL) and runs the
-    // statement up to its first row; false when preparing or running failed.
+    prepared_statement(const prepared_statement&) = delete;
+    prepared_statement& operator=(const prepared_statement&) = delete;
+
+    bool is_prepared() const { return m_raw || m_query_prepared; }
+
+    // Binds the values in order as text (nulls and empties as the binding
+    // says) and runs the statement up to its first row; false when preparing
+    // or running failed.
     bool execute(const QStringList& values);
     bool execute(const QString& value);
     // The next result row of a query; false at the end or on an error.
@@ -50,8 +60,10 @@ private:
     bool prepare_raw(const QSqlDatabase& db);
     bool execute(const QString* values, qsizetype count);
     void bind_raw(const QString* values, qsizetype count);
+    bool binds_null(const QString& value) const;
 
     QString m_statement;
+    text_binding m_binding;
     QString m_error;
     sqlite3_stmt* m_raw = nullptr;
     QStringEncoder m_encoder{QStringEncoder::Utf8};
@@ -59,23 +71,4 @@ private:
     bool m_row_pending = false;
     QSqlQuery m_query;
     bool m_query_prepared = false;
-};
-
-// A query object of the source database, kept for a whole run; the lookup
-// that uses it prepares its statement on the first call and re-binds it after.
-class android_query
-{
-public:
-    explicit android_query(const QSqlDatabase& db) : m_db(db) {}
-
-    android_statement& prepared(const QString& statement)
-    {
-        if (!m_statement || m_statement->statement() != statement)
-            m_statement = std::make_unique<android_statement>(m_db, statement);
-        return *m_statement;
-    }
-
-private:
-    QSqlDatabase m_db;
-    std::unique_ptr<android_statement> m_statement;
 };

@@ -1,4 +1,4 @@
-#include "android_statement.h"
+#include "prepared_statement.h"
 
 #include <QSqlDriver>
 #include <QSqlError>
@@ -19,8 +19,8 @@ QString driver_sqlite_version(const QSqlDatabase& db)
 
 }  // namespace
 
-android_statement::android_statement(const QSqlDatabase& db, const QString& statement)
-    : m_statement(statement), m_query(db)
+prepared_statement::prepared_statement(const QSqlDatabase& db, const QString& statement, text_binding binding)
+    : m_statement(statement), m_binding(binding), m_query(db)
 {
     if (prepare_raw(db))
         return;
@@ -30,14 +30,33 @@ android_statement::android_statement(const QSqlDatabase& db, const QString& stat
         m_error = m_query.lastError().text();
 }
 
-android_statement::~android_statement()
+prepared_statement::~prepared_statement()
 {
     if (m_raw)
         sqlite3_finalize(m_raw);
 }
 
-bool android_statement::prepare_raw(const QSqlDatabase& db)
+bool prepared_statement::binds_null(const QString& value) const
 {
+    switch (m_binding) {
+    case text_binding::null_as_null:
+        return value.isNull();
+    case text_binding::null_as_empty:
+        return false;
+    case text_binding::empty_as_null:
+        return value.isEmpty();
+    }
+    return value.isNull();
+}
+
+bool prepared_statement::prepare_raw(const QSqlDatabase& db)
+{
+#ifdef __APPLE__
+    // Qt's own builds there carry a private SQLite inside the driver; its
+    // handle must never reach the system library's calls, whatever the
+    // versions say.
+    return false;
+#endif
     const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
     if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
         return false;
@@ -56,24 +75,25 @@ bool android_statement::prepare_raw(const QSqlDatabase& db)
     return false;
 }
 
-bool android_statement::execute(const QStringList& values)
+bool prepared_statement::execute(const QStringList& values)
 {
     return execute(values.constData(), values.size());
 }
 
-bool android_statement::execute(const QString& value)
+bool prepared_statement::execute(const QString& value)
 {
     return execute(&value, 1);
 }
 
-bool android_statement::execute(const QString* values, qsizetype count)
+bool prepared_statement::execute(const QString* values, qsizetype count)
 {
     m_row_pending = false;
     if (!m_raw) {
         if (!m_query_prepared)
             return false;
         for (qsizetype i = 0; i < count; ++i)
-            m_query.bindValue(int(i), values[i]);
+            m_query.bindValue(int(i), binds_null(values[i]) ? QVariant(QMetaType(QMetaType::QString))
+                                                            : QVariant(values[i].isNull() ? QString("") : values[i]));
         if (m_query.exec())
             return true;
         m_error = m_query.lastError().text();
@@ -93,7 +113,7 @@ bool android_statement::execute(const QString* values, qsizetype count)
     return false;
 }
 
-void android_statement::bind_raw(const QString* values, qsizetype count)
+void prepared_statement::bind_raw(const QString* values, qsizetype count)
 {
     // All values are encoded into one buffer that lives until the next run,
     // so a row costs no allocation once the buffer has grown, and SQLite need
@@ -105,7 +125,7 @@ void android_statement::bind_raw(const QString* values, qsizetype count)
         m_utf8.resize(required);
     char* out = m_utf8.data();
     for (qsizetype i = 0; i < count; ++i) {
-        if (values[i].isNull()) {
+        if (binds_null(values[i])) {
             sqlite3_bind_null(m_raw, int(i) + 1);
             continue;
         }
@@ -115,7 +135,7 @@ void android_statement::bind_raw(const QString* values, qsizetype count)
     }
 }
 
-bool android_statement::next()
+bool prepared_statement::next()
 {
     if (!m_raw)
         return m_query_prepared && m_query.next();
@@ -126,7 +146,7 @@ bool android_statement::next()
     return sqlite3_stmt_busy(m_raw) && sqlite3_step(m_raw) == SQLITE_ROW;
 }
 
-QString android_statement::text(int column) const
+QString prepared_statement::text(int column) const
 {
     if (!m_raw)
         return m_query.value(column).toString();
@@ -141,14 +161,14 @@ QString android_statement::text(int column) const
     return size == 0 ? QStringLiteral("") : QString::fromUtf8(data, size);
 }
 
-bool android_statement::is_null(int column) const
+bool prepared_statement::is_null(int column) const
 {
     if (!m_raw)
         return m_query.value(column).isNull();
     return sqlite3_column_type(m_raw, column) == SQLITE_NULL;
 }
 
-void android_statement::finish()
+void prepared_statement::finish()
 {
     m_row_pending = false;
     if (m_raw)
