@@ -5,6 +5,7 @@
 
 #include "android_query.h"
 #include "plugin_static_function.h"
+#include "source_path_guard.h"
 #include "vlc_androidos.h"
 
 namespace {
@@ -201,9 +202,9 @@ QString vlc_androidos::get_thumbnail_path(QString thumbnail_id, android_query& q
         const QString external = app_folder + "/ef/" + (thumbs >= 0 ? mrl.mid(thumbs) : mrl);
         const int app_vlc = mrl.indexOf("app_vlc");
         const QString internal = source_root + "apps/org.videolan.vlc/r/" + (app_vlc >= 0 ? mrl.mid(app_vlc) : mrl);
-        if (exists_in_image(external, signature))
+        if (source_path_guard::exists_inside(external, source_root, signature))
             path = external;
-        else if (exists_in_image(internal, signature))
+        else if (source_path_guard::exists_inside(internal, source_root, signature))
             path = internal;
     }
     thumbnail_path_cache.insert(thumbnail_id, path);
@@ -240,7 +241,7 @@ struct_file vlc_androidos::get_file_path(QString media_id, android_query& query)
     if (rows->next()) {
         file.file_size = rows->text(3);
         file.file_path = media_path_from_mrl(rows->text(1));
-        file.file_exist = exists_in_image(file.file_path, signature) ? "YES" : "NO";
+        file.file_exist = source_path_guard::exists_inside(file.file_path, source_root, signature) ? "YES" : "NO";
     }
     rows->finish();
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);

@@ -4,6 +4,7 @@
 #include "android_query.h"
 #include "android_source_run.h"
 #include "plugin_static_function.h"
+#include "source_path_guard.h"
 #include "vlc_androidos.h"
 
 namespace {
@@ -70,7 +71,7 @@ bool vlc_androidos::insert_media_library_rows(android_source_run& run)
             modification_date = file.text(2);
             file_size = file.text(3);
             full_path = media_path_from_mrl(file.text(1));
-            file_exist = exists_in_image(full_path, k_signature) ? "YES" : "NO";
+            file_exist = source_path_guard::exists_inside(full_path, source_root, k_signature) ? "YES" : "NO";
             suffix = plugin_static_function::mining_suffix(full_path);
             removable = yes_unless_zero(file.text(4));
             external = yes_unless_zero(file.text(5));

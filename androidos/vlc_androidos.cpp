@@ -88,7 +88,6 @@ void vlc_androidos::clear_lookup_caches()
     playlist_names_cache.clear();
     artist_name_cache.clear();
     thumbnail_path_cache.clear();
-    folder_inside_root_cache.clear();
 }
 
 QString vlc_androidos::convert_sec_to_hh_mm_ss(QString milliseconds)
@@ -154,23 +153,3 @@ QString vlc_androidos::source_file_text(const QString& source_path) const
     return parts.value(0);
 }
 
-bool vlc_androidos::exists_in_image(const QString& path, const QString& caller)
-{
-    // Paths built from database text may climb out of the image with ".." or
-    // through links; those count as absent and are never looked at. Resolving
-    // every path in full costs a system call per folder level, for each of a
-    // hundred thousand rows; a folder's answer is the same for every file in
-    // it, so a plain (already clean) path whose folder was found inside the
-    // root needs only its own entry checked for being a link.
-    const int slash = path.lastIndexOf('/');
-    if (slash <= 0 || QDir::cleanPath(path) != path)
-        return source_path_guard::exists_inside(path, source_root, caller);
-    const QString folder = path.left(slash);
-    auto known = folder_inside_root_cache.constFind(folder);
-    if (known == folder_inside_root_cache.constEnd())
-        known = folder_inside_root_cache.insert(folder, source_path_guard::is_inside_root(folder, source_root));
-    const QFileInfo entry(path);
-    if (!known.value() || entry.isSymLink())
-        return source_path_guard::exists_inside(path, source_root, caller);
-    return entry.exists();
-}

@@ -103,7 +103,6 @@ private:
     QString relative_to_root(const QString& full_path) const;
     // The relative form of a source database for the source_file column.
     QString source_file_text(const QString& source_path) const;
-    bool exists_in_image(const QString& path, const QString& caller);
     void clear_lookup_caches();
     // One table: the common frame around its row loop.
     void run_table(const QString& signature, const QString& source_path, const QString& select_statement,
@@ -129,6 +128,4 @@ private:
     QHash<QString, QString> playlist_names_cache;
     QHash<QString, QString> artist_name_cache;
     QHash<QString, QString> thumbnail_path_cache;
-    // Folders of the image already resolved: inside the source root or not.
-    QHash<QString, bool> folder_inside_root_cache;
 };

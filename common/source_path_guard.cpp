@@ -74,17 +74,21 @@ QString canonical_entry(const QString& path, const QFileInfo& info)
     return (folder.endsWith('/') ? folder : folder + "/") + name;
 }
 
-// The deepest part of the path that exists, with its links resolved.
-QString resolved_existing_prefix(const QString& cleaned_path)
+// The deepest part of the path that exists, with its links resolved;
+// whole_exists tells whether that part is the whole path.
+QString resolved_existing_prefix(const QString& cleaned_path, bool* whole_exists)
 {
     QString probe = cleaned_path;
+    *whole_exists = false;
     while (!probe.isEmpty()) {
         const QFileInfo info(probe);
         // The link test first: for anything but a link its status read also
         // answers whether the entry exists.
         const bool is_link = info.isSymLink();
-        if (info.exists())
+        if (info.exists()) {
+            *whole_exists = probe == cleaned_path;
             return canonical_entry(probe, info);
+        }
         if (is_link)
             return QString();  // a dangling link: where it points is not ours to follow
         const int slash = probe.lastIndexOf('/');
@@ -95,51 +99,70 @@ QString resolved_existing_prefix(const QString& cleaned_path)
     return QString();
 }
 
-}  // namespace
+enum class placement { outside, inside_missing, inside_present };
 
-namespace source_path_guard {
-
-bool is_inside_root(const QString& path, const QString& source_root)
+// Where a path lands once cleaned and resolved; whether it exists comes from
+// the same status reads, so a reader's existence test costs nothing more.
+placement locate(const QString& path, const QString& source_root)
 {
     const QString root = cleaned_absolute(source_root);
     const QString target = cleaned_absolute(path);
     if (root.isEmpty() || target.isEmpty() || !is_under(target, root))
-        return false;
+        return placement::outside;
 
     const QString real_root = canonical_root(root);
     if (real_root.isEmpty())
-        return false;
+        return placement::outside;
     // Only the part that exists can be resolved; the part below it is plain
     // names. The path is resolved both as cleaned and as written: the system
     // follows a link before the ".." after it, so "link/../x" as written may
     // name a file outside while its cleaned text stays inside, and a caller
     // may open either form.
     const QStringList forms = path == target ? QStringList{target} : QStringList{target, path};
+    bool exists = false;
     for (const QString& form : forms) {
-        const QString real_target = resolved_existing_prefix(form);
+        const QString real_target = resolved_existing_prefix(form, &exists);
         if (real_target.isEmpty() || !is_under(real_target, real_root))
-            return false;
+            return placement::outside;
     }
-    return true;
+    // With two forms the last one checked is the path as written, the one a
+    // caller opens.
+    return exists ? placement::inside_present : placement::inside_missing;
 }
 
-bool allow(const QString& path, const QString& source_root, const QString& caller)
+// The guard's verdict on a path, its refusal logged once per run.
+placement locate_logged(const QString& path, const QString& source_root, const QString& caller)
 {
     if (path.trimmed().isEmpty())
-        return false;
-    if (is_inside_root(path, source_root))
-        return true;
+        return placement::outside;
+    const placement where = locate(path, source_root);
+    if (where != placement::outside)
+        return where;
     if (g_logged_refusals.size() < k_max_logged_refusals && !g_logged_refusals.contains(path)) {
         g_logged_refusals.insert(path);
         plugin_static_function::app_debug("path outside the source root ---FAILED--- treated as absent: " + path,
                                           caller);
     }
-    return false;
+    return placement::outside;
+}
+
+}  // namespace
+
+namespace source_path_guard {
+
+bool is_inside_root(const QString& path, const QString& source_root)
+{
+    return locate(path, source_root) != placement::outside;
+}
+
+bool allow(const QString& path, const QString& source_root, const QString& caller)
+{
+    return locate_logged(path, source_root, caller) != placement::outside;
 }
 
 bool exists_inside(const QString& path, const QString& source_root, const QString& caller)
 {
-    return allow(path, source_root, caller) && QFileInfo::exists(path);
+    return locate_logged(path, source_root, caller) == placement::inside_present;
 }
 
 void reset_log()
