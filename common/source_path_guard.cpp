@@ -14,15 +14,42 @@ QSet<QString> g_logged_refusals;
 
 bool is_under(const QString& path, const QString& root)
 {
-    if (root == "/")
+    if (root == QLatin1String("/"))
         return path.startsWith('/');
-    return path == root || path.startsWith(root + "/");
+    return path.startsWith(root) && (path.size() == root.size() || path.at(root.size()) == '/');
+}
+
+// Whether cleaning would leave the text as it is; most paths a reader builds
+// are, and cleaning them costs more than the rest of the test.
+bool is_clean_absolute(const QString& path)
+{
+    if (!path.startsWith('/') || (path.size() > 1 && path.endsWith('/')))
+        return false;
+    int dots = 0;
+    bool after_slash = false;
+    for (const QChar c : path) {
+        if (c == '/') {
+            if (after_slash || dots == 1 || dots == 2)
+                return false;  // "//", "/./" or "/../"
+            after_slash = true;
+            dots = 0;
+        } else if (c == '.' && (after_slash || dots > 0)) {
+            after_slash = false;
+            ++dots;
+        } else {
+            after_slash = false;
+            dots = -1;
+        }
+    }
+    return dots != 1 && dots != 2;
 }
 
 QString cleaned_absolute(const QString& path)
 {
     if (path.isEmpty() || !QDir::isAbsolutePath(path))
         return QString();
+    if (is_clean_absolute(path))
+        return path;
     return QDir::cleanPath(path);
 }
 
@@ -68,9 +95,12 @@ QString canonical_entry(const QString& path, const QFileInfo& info)
     const QString name = path.mid(slash + 1);
     if (info.isSymLink() || slash <= 0 || name == "." || name == "..")
         return info.canonicalFilePath();
-    const QString folder = canonical_folder(path.left(slash));
+    const QString written_folder = path.left(slash);
+    const QString folder = canonical_folder(written_folder);
     if (folder.isEmpty())
         return QString();
+    if (folder == written_folder)
+        return path;
     return (folder.endsWith('/') ? folder : folder + "/") + name;
 }
 

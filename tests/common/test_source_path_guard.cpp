@@ -87,11 +87,15 @@ private slots:
         QTest::newRow("the root with a slash") << "ROOT/" << true;
         QTest::newRow("dot-dot that stays inside") << "ROOT/Users/../Users/ann/Music/song.mp3" << true;
         QTest::newRow("doubled slashes and dots") << "ROOT//Users/./ann//Music/song.mp3" << true;
+        QTest::newRow("trailing dot") << "ROOT/Users/ann/Music/." << true;
+        QTest::newRow("trailing dot-dot that stays inside") << "ROOT/Users/ann/Music/.." << true;
+        QTest::newRow("names made of dots are names") << "ROOT/Users/.../..a/.b/a.." << true;
         QTest::newRow("absolute link inside") << "ROOT/absolute_in/song.mp3" << true;
         QTest::newRow("relative link inside") << "ROOT/relative_in/Music/song.mp3" << true;
         QTest::newRow("link up and back in") << "ROOT/Users/ann/up_and_in/song.mp3" << true;
 
         QTest::newRow("dot-dot out of the root") << "ROOT/../outside/canary.txt" << false;
+        QTest::newRow("trailing dot-dot out of the root") << "ROOT/.." << false;
         QTest::newRow("dot-dot deep out of the root") << "ROOT/Users/ann/../../../outside/canary.txt" << false;
         QTest::newRow("dot-dot to a missing place outside") << "ROOT/../nowhere/x.mp3" << false;
         QTest::newRow("outside file") << "BASE/outside/canary.txt" << false;
