@@ -365,9 +365,14 @@ int main(int argc, char** argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     ensure_runtime_dir();
-    QApplication app(argc, argv);
+    // Qt reads options such as -plugin and -platform from the command line it
+    // is given; ours are not for it, so it sees only the program's name.
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args << QString::fromLocal8Bit(argv[i]);
+    int qt_argc = 1;
+    QApplication app(qt_argc, argv);
 
-    QStringList args = app.arguments().mid(1);
     if (args.isEmpty()) {
         err("no source given (see --help)");
         return k_exit_usage;
