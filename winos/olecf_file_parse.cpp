@@ -3,6 +3,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
+#include <QtEndian>
+
+#include <vector>
 
 
 namespace {
@@ -35,6 +39,175 @@ bool needs_encoding(const QString& name)
     return false;
 }
 
+// A look at a compound file's own bookkeeping before the library sees it.
+// Some inconsistencies lead the library into paths that keep memory it
+// allocated (a sector buffer, or directory entries no tree holds) even though
+// every handle is freed; over many damaged files that memory would only grow.
+// Files with such inconsistencies are left unread, as files the library cannot
+// open are. Every read here is bounded by the file's size.
+class compound_file_check
+{
+public:
+    explicit compound_file_check(const QString& path) : m_file(path) {}
+
+    bool consistent()
+    {
+        if (!m_file.open(QIODevice::ReadOnly))
+            return true;  // the library gives its own answer
+        const QByteArray header = m_file.read(k_header_size);
+        if (header.size() < k_header_size || !header.startsWith(QByteArray::fromHex("d0cf11e0a1b11ae1")))
+            return true;  // not a compound file at all: the library refuses it cleanly
+        if (u16(header, 28) != 0xFFFE)
+            return true;
+        const quint16 shift = u16(header, 30);
+        if (shift != 9 && shift != 12)
+            return false;
+        m_sector_size = 1 << shift;
+        m_sectors = static_cast<quint32>(
+            qBound<qint64>(0, m_file.size() / m_sector_size - 1, qint64(k_last_sector_id) + 1));
+        return read_allocation_index(header) && mini_allocation_chain_fits(header) && directory_is_one_tree(header);
+    }
+
+private:
+    static constexpr int k_header_size = 512;
+    static constexpr int k_header_index_entries = 109;
+    static constexpr quint32 k_end_of_chain = 0xFFFFFFFE;
+    static constexpr quint32 k_free = 0xFFFFFFFF;
+    static constexpr quint32 k_last_sector_id = 0xFFFFFFF9;
+    static constexpr int k_entry_size = 128;
+
+    static quint16 u16(const QByteArray& data, int offset)
+    {
+        return qFromLittleEndian<quint16>(data.constData() + offset);
+    }
+    static quint32 u32(const QByteArray& data, int offset)
+    {
+        return qFromLittleEndian<quint32>(data.constData() + offset);
+    }
+
+    // The library ends a chain at either of these marks.
+    static bool ends_chain(quint32 sector) { return sector == k_end_of_chain || sector == k_free; }
+
+    // A sector wholly inside the file.
+    bool in_file(quint32 sector) const { return sector < m_sectors; }
+
+    QByteArray read_sector(quint32 sector)
+    {
+        if (!in_file(sector) || !m_file.seek((static_cast<qint64>(sector) + 1) * m_sector_size))
+            return QByteArray();
+        const QByteArray data = m_file.read(m_sector_size);
+        return data.size() == m_sector_size ? data : QByteArray();
+    }
+
+    // The sectors holding the allocation table: the header lists the first
+    // 109, further index sectors the rest. Every count must fit in the file.
+    bool read_allocation_index(const QByteArray& header)
+    {
+        const quint32 table_sectors = u32(header, 44);
+        quint32 index_sector = u32(header, 68);
+        const quint32 index_sectors = u32(header, 72);
+        if (table_sectors == 0 || table_sectors > m_sectors || index_sectors > m_sectors)
+            return false;
+        for (int i = 0; i < k_header_index_entries && m_table.size() < table_sectors; ++i)
+            m_table.push_back(u32(header, 76 + 4 * i));
+        const int per_index_sector = m_sector_size / 4 - 1;
+        for (quint32 read = 0; m_table.size() < table_sectors; ++read) {
+            if (read == index_sectors)
+                return false;
+            const QByteArray data = read_sector(index_sector);
+            if (data.isEmpty())
+                return false;
+            for (int i = 0; i < per_index_sector && m_table.size() < table_sectors; ++i)
+                m_table.push_back(u32(data, 4 * i));
+            index_sector = u32(data, 4 * per_index_sector);
+        }
+        return true;
+    }
+
+    // The allocation table's entry for a sector, or false when the table does
+    // not cover it.
+    bool next_sector(quint32 sector, quint32& next)
+    {
+        const quint32 per_sector = static_cast<quint32>(m_sector_size / 4);
+        const quint32 table_index = sector / per_sector;
+        if (table_index >= m_table.size() || !in_file(m_table[table_index]))
+            return false;
+        char bytes[4];
+        const qint64 offset = (static_cast<qint64>(m_table[table_index]) + 1) * m_sector_size + 4 * (sector % per_sector);
+        if (!m_file.seek(offset) || m_file.read(bytes, 4) != 4)
+            return false;
+        next = qFromLittleEndian<quint32>(bytes);
+        return true;
+    }
+
+    // The short-sector table is read sector by sector along its chain for as
+    // many sectors as the header declares; each must be in the file and
+    // covered by the allocation table.
+    bool mini_allocation_chain_fits(const QByteArray& header)
+    {
+        quint32 sector = u32(header, 60);
+        const quint32 declared = u32(header, 64);
+        if (declared > m_sectors)
+            return false;
+        for (quint32 i = 0; i < declared; ++i) {
+            if (ends_chain(sector))
+                return true;
+            if (sector > k_last_sector_id || !in_file(sector) || !next_sector(sector, sector))
+                return false;
+        }
+        return true;
+    }
+
+    // The directory's chain lies in the file, and every entry in use hangs in
+    // the tree under the root entry.
+    bool directory_is_one_tree(const QByteArray& header)
+    {
+        struct entry
+        {
+            quint8 type;
+            quint32 links[3];  // left, right, child
+        };
+        std::vector<entry> entries;
+        QSet<quint32> seen;
+        for (quint32 sector = u32(header, 48); !ends_chain(sector) && !seen.contains(sector);) {
+            seen.insert(sector);
+            const QByteArray data = read_sector(sector);
+            if (data.isEmpty())
+                return false;
+            for (int at = 0; at + k_entry_size <= data.size(); at += k_entry_size)
+                entries.push_back({static_cast<quint8>(data.at(at + 66)),
+                                   {u32(data, at + 68), u32(data, at + 72), u32(data, at + 76)}});
+            if (!next_sector(sector, sector))
+                return false;
+        }
+        if (entries.empty() || entries[0].type != 5)
+            return false;
+
+        std::vector<bool> reached(entries.size(), false);
+        std::vector<quint32> pending{entries[0].links[2]};
+        qsizetype reached_count = 0;
+        while (!pending.empty()) {
+            const quint32 id = pending.back();
+            pending.pop_back();
+            if (id == 0 || id >= entries.size() || reached[id] || entries[id].type == 0)
+                continue;
+            reached[id] = true;
+            ++reached_count;
+            for (const quint32 link : entries[id].links)
+                pending.push_back(link);
+        }
+        qsizetype in_use = 0;
+        for (size_t id = 1; id < entries.size(); ++id)
+            in_use += entries[id].type != 0;
+        return reached_count == in_use;
+    }
+
+    QFile m_file;
+    int m_sector_size = 512;
+    quint32 m_sectors = 0;
+    std::vector<quint32> m_table;
+};
+
 }  // namespace
 
 QString olecf_file_parse::stream_folder_name(const QString& stream_name)
@@ -62,6 +235,8 @@ QString olecf_file_parse::jump_list_folder(const QString& export_location, const
 
 QString olecf_file_parse::start_parsing_olecf(QString file_path, QString export_location, QString user_name)
 {
+    if (!compound_file_check(file_path).consistent())
+        return QString();
     olecf_error_owner error;
     libolecf_file_t* raw = nullptr;
     if (libolecf_file_initialize(&raw, &error.error) != 1)

@@ -2,6 +2,8 @@
 
 #include "little_endian_writer.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 
 namespace compound_file_writer {
@@ -213,6 +215,29 @@ QByteArray jump_list(const QList<QByteArray>& links)
         streams.append({QString::number(i + 1, 16), links.at(i)});
     streams.append({"DestList", dest_list(links.size())});
     return build(streams);
+}
+
+quint32 get32(const QByteArray& file, int offset)
+{
+    return qFromLittleEndian<quint32>(file.constData() + offset);
+}
+
+void set32(QByteArray& file, int offset, quint32 value)
+{
+    qToLittleEndian(value, file.data() + offset);
+}
+
+// build() writes the directory and the allocation table each as one run of
+// sectors, so both are found from the header alone.
+int directory_entry_offset(const QByteArray& file, int entry)
+{
+    return (static_cast<int>(get32(file, field::directory_start)) + 1) * k_sector + entry * 128;
+}
+
+int fat_entry_offset(const QByteArray& file, quint32 sector)
+{
+    constexpr int first_fat_sector_field = 76;
+    return (static_cast<int>(get32(file, first_fat_sector_field)) + 1) * k_sector + 4 * static_cast<int>(sector);
 }
 
 }  // namespace compound_file_writer

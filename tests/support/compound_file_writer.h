@@ -29,4 +29,22 @@ QByteArray jump_list(const QList<QByteArray>& links);
 // A DestList stream listing the given number of entries.
 QByteArray dest_list(int entries);
 
+// For damaging one field of a file build() wrote: offsets of header fields,
+// of a directory entry and its links, and of a sector's allocation-table entry.
+namespace field {
+constexpr int sector_shift = 30;
+constexpr int fat_sectors = 44;
+constexpr int directory_start = 48;
+constexpr int mini_fat_start = 60;
+constexpr int mini_fat_sectors = 64;
+constexpr int entry_type = 66;
+constexpr int entry_left = 68;
+constexpr int entry_right = 72;
+constexpr int entry_child = 76;
+}  // namespace field
+int directory_entry_offset(const QByteArray& file, int entry);
+int fat_entry_offset(const QByteArray& file, quint32 sector);
+quint32 get32(const QByteArray& file, int offset);
+void set32(QByteArray& file, int offset, quint32 value);
+
 }  // namespace compound_file_writer

@@ -173,6 +173,50 @@ private slots:
             QVERIFY(path.startsWith("evidence/") || path.startsWith("out/Files/ann_" + k_jump_list + "/"));
     }
 
+    // Bookkeeping that contradicts the file: the library would keep memory
+    // for these (and open some of them), so they are left unread.
+    void inconsistent_bookkeeping_gives_no_output_data()
+    {
+        namespace cfw = compound_file_writer;
+        namespace field = compound_file_writer::field;
+        QTest::addColumn<QByteArray>("file");
+        // Links 1 and DestList hang left and right of link 2 under the root.
+        const QByteArray good = cfw::jump_list({link_to("C:\\a.mp3"), link_to("C:\\b.mp3")});
+        const auto with = [&good](int offset, quint32 value) {
+            QByteArray file = good;
+            cfw::set32(file, offset, value);
+            return file;
+        };
+        const int link_2 = cfw::directory_entry_offset(good, 2);
+        const quint32 mini_fat = cfw::get32(good, field::mini_fat_start);
+
+        QTest::newRow("sector size of 1024") << with(field::sector_shift, 10);
+        QTest::newRow("sector size of 32 MiB") << with(field::sector_shift, 25);
+        QTest::newRow("no allocation table") << with(field::fat_sectors, 0);
+        QTest::newRow("allocation table larger than the file") << with(field::fat_sectors, 0x10000000);
+        QTest::newRow("short-sector table past the end") << with(field::mini_fat_start, 1000);
+        QTest::newRow("short-sector table at a special sector") << with(field::mini_fat_start, 0xFFFFFFFD);
+        QTest::newRow("short-sector table larger than the file") << with(field::mini_fat_sectors, 0x3B000000);
+        QByteArray runs_out = with(field::mini_fat_sectors, 2);
+        cfw::set32(runs_out, cfw::fat_entry_offset(good, mini_fat), 1000);
+        QTest::newRow("short-sector chain runs out of the file") << runs_out;
+        QTest::newRow("short-sector table cut off") << good.left((mini_fat + 1) * 512 + 256);
+        QTest::newRow("root's child out of range") << with(cfw::directory_entry_offset(good, 0) + field::entry_child, 0x38);
+        QTest::newRow("root's child is the root") << with(cfw::directory_entry_offset(good, 0) + field::entry_child, 0);
+        QTest::newRow("a link cut off from the tree") << with(link_2 + field::entry_left, 0x38);
+        QTest::newRow("links below an unused entry") << with(link_2 + field::entry_type, 0);
+    }
+
+    void inconsistent_bookkeeping_gives_no_output()
+    {
+        QFETCH(QByteArray, file);
+        QTemporaryDir dir;
+        QCOMPARE(split(dir, file), QString());
+        QVERIFY(!QFileInfo::exists(dir.filePath("out")));
+        // The evidence is left as it was.
+        QCOMPARE(tree_writer::read_file(dir.filePath("evidence/Users/ann/" + k_jump_list)), file);
+    }
+
     void a_jump_list_without_streams_makes_no_folder()
     {
         QTemporaryDir dir;
