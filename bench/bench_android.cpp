@@ -6,28 +6,20 @@
 // memory is its own.
 // Usage: bench_android [--media N] [--keep DIR]
 
-#include <QApplication>
+#include "bench_support.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <cstdio>
-#include <sys/resource.h>
 
 #include "android_media_db_writer.h"
 #include "tree_writer.h"
 #include "vlc.h"
 
 namespace {
-
-double cpu_seconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
-           + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
 
 const QString k_database = "apps/org.videolan.vlc/r/app_db/vlc_media.db";
 const QStringList k_tables = {"media_library", "album_art", "album", "playlists"};
@@ -120,14 +112,14 @@ int run_extraction(const QString& root, const QString& out)
     qint64 last_ms = 0;
     qint64 last_records = 0;
     qint64 records = 0;
-    double last_cpu = cpu_seconds();
+    double last_cpu = bench_support::cpu_seconds();
     QObject::connect(&controller, &vlc::signal_extracted_records_of_plugin_overall,
                      [&](qint64 count) { records = count; });
     QObject::connect(&controller, &vlc::signal_tab_processed_of_plugin_overall, [&](int tab) {
         const qint64 now = clock.elapsed();
         const qint64 rows = records - last_records;
         const double seconds = double(now - last_ms) / 1000.0;
-        const double cpu = cpu_seconds() - last_cpu;
+        const double cpu = bench_support::cpu_seconds() - last_cpu;
         // CPU time too: other work on the machine stretches the wall clock.
         std::printf("%-14s rows %7lld  %7.2f s  %9.0f rows/s   cpu %7.2f s  %9.0f rows/cpu-s\n",
                     qPrintable(k_tables.value(tab - 1)), static_cast<long long>(rows), seconds,
@@ -152,11 +144,9 @@ int run_extraction(const QString& root, const QString& out)
     controller.pub_extract_artifacts();
     const qint64 total_ms = clock.elapsed();
     controller.pub_remove_temporary_asthetics();
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
     std::printf("whole run      rows %7lld  %8.2f s  (target under 10 s)\n", static_cast<long long>(records),
                 double(total_ms) / 1000.0);
-    std::printf("peak memory    %.1f MB (target under 200 MB)\n", double(usage.ru_maxrss) / 1024.0);
+    std::printf("peak memory    %.1f MB (target under 200 MB)\n", double(bench_support::peak_memory_kb()) / 1024.0);
     return 0;
 }
 
@@ -164,10 +154,8 @@ int run_extraction(const QString& root, const QString& out)
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    const QStringList args = app.arguments();
+    bench_support::headless_application headless(argc, argv);
+    const QStringList args = headless.arguments();
     if (args.size() == 4 && args.at(1) == "--run")
         return run_extraction(args.at(2), args.at(3));
 
@@ -187,7 +175,7 @@ int main(int argc, char** argv)
     }
     QProcess child;
     child.setProcessChannelMode(QProcess::ForwardedChannels);
-    child.start(app.applicationFilePath(), {"--run", root, scratch.filePath("out")});
+    child.start(QCoreApplication::applicationFilePath(), {"--run", root, scratch.filePath("out")});
     child.waitForFinished(-1);
     return child.exitCode();
 }

@@ -4,7 +4,8 @@
 // Reports tracks per second and the process's peak memory (ru_maxrss).
 // Usage: bench_macos [--tracks N] [--plugin PATH] [--keep DIR (reused when it holds a tree)]
 
-#include <QApplication>
+#include "bench_support.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -13,7 +14,6 @@
 #include <QTemporaryDir>
 #include <QUrl>
 
-#include <sys/resource.h>
 
 #include <cstdio>
 
@@ -24,22 +24,6 @@
 namespace {
 
 const char* const k_suffixes[] = {"mp4", "mkv", "mp3", "flac", "mov", "avi"};
-
-// Processor time of this process so far (user and system), in seconds.
-double cpu_seconds()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
-        + double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-long peak_memory_kb()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-}
 
 // The library and, for every even track, its media file.
 bool write_tree(const QString& root, int tracks)
@@ -86,14 +70,11 @@ qint64 rows_in(const QString& database)
 
 int main(int argc, char** argv)
 {
-    // The controller is a widget; no display is needed to drive it.
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
+    bench_support::headless_application headless(argc, argv);
     int tracks = 100000;
     QString plugin = VLC_BENCH_PLUGIN_PATH;
     QString keep;
-    const QStringList args = app.arguments();
+    const QStringList args = headless.arguments();
     for (int i = 1; i + 1 < args.size(); i += 2) {
         if (args.at(i) == "--tracks")
             tracks = args.at(i + 1).toInt();
@@ -115,7 +96,7 @@ int main(int argc, char** argv)
         return 1;
     }
     std::printf("generated %d tracks (%d media files) in %.1f s, peak memory so far %ld KB\n", tracks,
-                (tracks + 1) / 2, double(timer.elapsed()) / 1000.0, peak_memory_kb());
+                (tracks + 1) / 2, double(timer.elapsed()) / 1000.0, bench_support::peak_memory_kb());
 
     plugin_session session;
     QString error;
@@ -131,13 +112,13 @@ int main(int argc, char** argv)
     options.users = {"alice"};
     options.tables = {"media_library"};
     timer.restart();
-    const double cpu_before = cpu_seconds();
+    const double cpu_before = bench_support::cpu_seconds();
     session.run(options);
     const double seconds = double(timer.nsecsElapsed()) / 1e9;
-    const double cpu = cpu_seconds() - cpu_before;
+    const double cpu = bench_support::cpu_seconds() - cpu_before;
     const qint64 rows = rows_in(plugin_session::result_database_path(options.out_dir));
     const double rate = seconds > 0 ? double(rows) / seconds : 0;
-    const long peak_kb = peak_memory_kb();
+    const long peak_kb = bench_support::peak_memory_kb();
     std::printf("media_library: %lld rows in %.2f s = %.0f tracks/s (target >= 20000) %s\n",
                 static_cast<long long>(rows), seconds, rate, rate >= 20000 ? "ok" : "BELOW TARGET");
     // Other work on a shared machine stretches the wall time; the processor

@@ -5,7 +5,8 @@
 //    eight tables.
 // Usage: bench_spine [--runs N] [--plugin PATH]
 
-#include <QApplication>
+#include "bench_support.h"
+
 #include <QElapsedTimer>
 #include <QLibrary>
 #include <QProcess>
@@ -100,10 +101,8 @@ QList<double> time_database_creation(const QString& plugin, int runs)
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    const QStringList args = app.arguments();
+    bench_support::headless_application headless(argc, argv);
+    const QStringList args = headless.arguments();
 
     QString plugin = QStringLiteral(VLC_BENCH_PLUGIN_PATH);
     int runs = 30;
@@ -117,7 +116,7 @@ int main(int argc, char** argv)
     }
 
     std::printf("plug-in: %s\n", qPrintable(plugin));
-    const QList<double> loading = time_loading(app.applicationFilePath(), plugin, runs);
+    const QList<double> loading = time_loading(QCoreApplication::applicationFilePath(), plugin, runs);
     report("load library + create_object (fresh process)", summarise(loading), loading.size());
     const QList<double> creation = time_database_creation(plugin, runs);
     report("result directory + database with 8 tables", summarise(creation), creation.size());

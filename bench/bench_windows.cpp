@@ -11,13 +11,13 @@
 //   bench_windows --write-tree DIR
 //   perf record -g bench_windows --child-run DIR OUT user00,user01,...
 
-#include <QApplication>
+#include "bench_support.h"
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -77,11 +77,8 @@ int child_run(const QString& plugin, const QString& source, const QString& out, 
     session.run(options);
     const double seconds = double(timer.nsecsElapsed()) / 1e9;
     const qint64 rows = test_support::count_rows(plugin_session::result_database_path(out), "recents");
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const double cpu = usage.ru_utime.tv_sec + usage.ru_stime.tv_sec
-                       + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-    std::printf("%.4f %lld %ld %.4f\n", seconds, static_cast<long long>(rows), usage.ru_maxrss, cpu);
+    std::printf("%.4f %lld %ld %.4f\n", seconds, static_cast<long long>(rows), bench_support::peak_memory_kb(),
+                bench_support::cpu_seconds());
     return 0;
 }
 
@@ -89,10 +86,8 @@ int child_run(const QString& plugin, const QString& source, const QString& out, 
 
 int main(int argc, char** argv)
 {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    const QStringList args = app.arguments();
+    bench_support::headless_application headless(argc, argv);
+    const QStringList args = headless.arguments();
     QString plugin = QStringLiteral(VLC_BENCH_PLUGIN_PATH);
     int runs = 3;
     int users = 20;
@@ -137,7 +132,7 @@ int main(int argc, char** argv)
     for (int r = 0; r < runs; ++r) {
         QTemporaryDir out(out_parent + "/bench_windows_out_XXXXXX");
         QProcess child;
-        child.start(app.applicationFilePath(), {"--plugin", plugin, "--child-run", source.path(), out.path(),
+        child.start(QCoreApplication::applicationFilePath(), {"--plugin", plugin, "--child-run", source.path(), out.path(),
                                                 user_names.join(',')});
         if (!child.waitForFinished(600000) || child.exitCode() != 0) {
             std::fprintf(stderr, "run failed: %s\n", child.readAllStandardError().constData());
