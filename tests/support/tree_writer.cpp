@@ -50,7 +50,16 @@ QString shared_fixtures_dir()
     const QString configured = qEnvironmentVariable("VLC_SHARED_FIXTURES");
     if (!configured.isEmpty())
         return QDir::cleanPath(configured);
-    return QDir::cleanPath(QStringLiteral(VLC_FIXTURES_SOURCE_DIR) + "/../shared/fixtures");
+    // shared/ sits beside the checkout, or beside a folder that holds it (a
+    // CI clone may be one level deeper than a developer's).
+    QDir dir(QStringLiteral(VLC_FIXTURES_SOURCE_DIR));
+    const QString nearest = QDir::cleanPath(dir.absoluteFilePath("../shared/fixtures"));
+    while (dir.cdUp()) {
+        const QString candidate = dir.absoluteFilePath("shared/fixtures");
+        if (QFileInfo(candidate).isDir())
+            return QDir::cleanPath(candidate);
+    }
+    return nearest;
 }
 
 }  // namespace tree_writer

@@ -16,8 +16,8 @@ bool write_file(const QString& path, const QByteArray& data);
 // The whole file, or nothing when it cannot be read.
 QByteArray read_file(const QString& path);
 
-// The outside samples (../shared/fixtures beside the source tree; CI has
-// shared/ beside the clone). VLC_SHARED_FIXTURES overrides it. Generators
+// The outside samples (shared/fixtures beside the source tree or one of its
+// parents). VLC_SHARED_FIXTURES overrides it. Generators
 // that start from a real sample file (an empty schema, say) read it there.
 QString shared_fixtures_dir();
 
