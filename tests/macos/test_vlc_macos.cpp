@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include "debug_log_capture.h"
@@ -114,6 +115,22 @@ private slots:
         QCOMPARE(tabs.count(), 0);
         QVERIFY(session.log.messages_with("[extract_plugin_artifacts] ends").isEmpty());
         QCOMPARE(test_support::snapshot_tree(session.source.path()), before);
+    }
+
+    void named_pipes_in_place_of_the_text_files_are_not_opened()
+    {
+        // A pipe without a writer would block a reader for ever.
+        macos_session session;
+        const QString home = session.source.filePath("Users/ann/Library/");
+        QVERIFY(QDir().mkpath(home + "Application Support/org.videolan.vlc"));
+        QVERIFY(QDir().mkpath(home + "Preferences/org.videolan.vlc"));
+        QVERIFY(mkfifo(QFile::encodeName(home + "Application Support/org.videolan.vlc/ml.xspf").constData(), 0600) == 0);
+        QVERIFY(mkfifo(QFile::encodeName(home + "Preferences/org.videolan.vlc/vlcrc").constData(), 0600) == 0);
+        session.prepare({"ann"}, {"media_library", "podcasts"});
+        session.run();
+        QCOMPARE(session.log.messages_with("[extract_media_library] file open --------FAILED-------").size(), 1);
+        QCOMPARE(session.log.messages_with("[extract_podcasts] file open -------FAILED-----------").size(), 1);
+        QVERIFY(!session.log.messages_with("[extract_plugin_artifacts] ends").isEmpty());
     }
 
     void cancel_after_the_last_recent_list_counts_that_table_only()
