@@ -91,5 +91,7 @@ void vlc_macos::extract_media_library()
     }
     insert.finish();
     connection.db().commit();
-    plugin_static_function::app_debug("[extract_media_library] ends", sig_media_library);
+    // A cancelled reader keeps its rows but does not log a normal end.
+    if (!cancel_requested)
+        plugin_static_function::app_debug("[extract_media_library] ends", sig_media_library);
 }
