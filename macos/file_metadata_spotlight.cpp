@@ -136,6 +136,9 @@ public:
     QStringList latitude_longitude(const QString& path) override
     {
         QStringList position{QString(), QString()};
+        // The image reader opens the file: a named pipe would block it.
+        if (!QFileInfo(path).isFile())
+            return position;
         const cf_holder url(QUrl::fromLocalFile(path).toCFURL());
         const cf_holder source(url.ref ? CGImageSourceCreateWithURL(static_cast<CFURLRef>(url.ref), nullptr)
                                        : nullptr);
