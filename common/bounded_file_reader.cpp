@@ -5,15 +5,16 @@
 
 namespace bounded_file_reader {
 
+bool open_regular(QFile& file)
+{
+    return QFileInfo(file.fileName()).isFile() && file.open(QIODevice::ReadOnly);
+}
+
 result read(const QString& path, qint64 cap_bytes)
 {
     result out;
-    // Only regular files (links to them included) are opened: a named pipe
-    // in the evidence has no writer, and opening it would wait for ever.
-    if (!QFileInfo(path).isFile())
-        return out;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!open_regular(file))
         return out;
     out.opened = true;
     cap_bytes = qMax<qint64>(0, cap_bytes);

@@ -5,6 +5,7 @@
 // memory. Callers log when the ceiling was hit and work on what was read.
 
 #include <QByteArray>
+#include <QFile>
 #include <QString>
 
 namespace bounded_file_reader {
@@ -21,5 +22,10 @@ struct result
 };
 
 result read(const QString& path, qint64 cap_bytes = k_default_cap_bytes);
+
+// Opens the file read-only for streaming readers, only when it is a regular
+// file (links to one included): a named pipe in the evidence has no writer,
+// and opening it would wait for ever.
+bool open_regular(QFile& file);
 
 }  // namespace bounded_file_reader

@@ -150,6 +150,28 @@ bool is_binary(const QByteArray& data)
     return data.startsWith("bplist");
 }
 
+// One past the end marker searched from `from`; -1 when there is none.
+qsizetype end_of_text(const QByteArray& data, qsizetype from, const char* marker)
+{
+    const qsizetype found = data.indexOf(marker, from);
+    return found < 0 ? -1 : found + qsizetype(qstrlen(marker));
+}
+
+// One past the '>' that ends a start tag; a quoted attribute value may hold
+// '>' and "/>" of its own.
+qsizetype end_of_start_tag(const QByteArray& data, qsizetype from)
+{
+    bool quoted = false;
+    for (qsizetype i = from; i < data.size(); ++i) {
+        const char c = data.at(i);
+        if (c == '"')
+            quoted = !quoted;
+        else if (c == '>' && !quoted)
+            return i + 1;
+    }
+    return -1;
+}
+
 }  // namespace
 
 namespace plist_document {
@@ -170,25 +192,37 @@ bool binary_is_well_formed(const QByteArray& data, int max_nesting)
 bool xml_nesting_within(const QByteArray& data, int max_nesting)
 {
     // Counts open elements; enough to bound the parser's depth without
-    // parsing. Declarations, comments and empty elements do not nest.
+    // parsing. Comments, character data and processing instructions are
+    // skipped whole, as the parser skips them: a "</x>" inside one closes
+    // nothing, and counting it would let a hostile list nest unseen. Any
+    // other declaration inside the root is not part of a property list.
     int depth = 0;
-    const qsizetype size = data.size();
-    for (qsizetype i = 0; i < size; ++i) {
-        if (data.at(i) != '<' || i + 1 >= size)
-            continue;
-        const char next = data.at(i + 1);
-        if (next == '/') {
-            --depth;
-            continue;
+    qsizetype at = 0;
+    while ((at = data.indexOf('<', at)) >= 0) {
+        const QByteArrayView opening(data.constData() + at, qMin<qsizetype>(9, data.size() - at));
+        qsizetype end = -1;
+        if (opening.startsWith("<!--")) {
+            end = end_of_text(data, at + 4, "-->");
+        } else if (opening.startsWith("<![CDATA[")) {
+            end = end_of_text(data, at + 9, "]]>");
+        } else if (opening.startsWith("<?")) {
+            end = end_of_text(data, at + 2, "?>");
+        } else if (opening.startsWith("<!")) {
+            if (depth > 0)
+                return false;
+            end = end_of_text(data, at + 2, ">");
+        } else if (opening.startsWith("</")) {
+            end = end_of_text(data, at + 2, ">");
+            if (depth > 0)
+                --depth;
+        } else {
+            end = end_of_start_tag(data, at + 1);
+            if (end > 0 && data.at(end - 2) != '/' && ++depth > max_nesting)
+                return false;
         }
-        if (next == '?' || next == '!')
-            continue;
-        const qsizetype close = data.indexOf('>', i + 1);
-        if (close < 0)
+        if (end < 0)
             return true;  // unterminated: the parser refuses it
-        if (data.at(close - 1) != '/' && ++depth > max_nesting)
-            return false;
-        i = close;
+        at = end;
     }
     return true;
 }

@@ -27,13 +27,17 @@ struct cf_holder
 };
 
 // A list's description is "(\n    \"a\",\n    \"b\"\n)": only the elements stay.
+// Only the list's own parentheses go; those inside an element (a download
+// named "clip (1).mp4") are part of the evidence.
 QString cleaned_list(QString text)
 {
     text.replace("\\U2019s", "'s");
-    text.remove('(').remove(')');
+    text = text.trimmed();
+    if (text.startsWith('(') && text.endsWith(')'))
+        text = text.mid(1, text.size() - 2);
     QStringList items;
     for (const QString& piece : text.split(",\n")) {
-        QString item = piece.simplified();
+        QString item = piece.trimmed();
         if (item.startsWith('"') && item.endsWith('"') && item.size() >= 2)
             item = item.mid(1, item.size() - 2);
         if (!item.isEmpty())
@@ -132,6 +136,9 @@ public:
     QStringList latitude_longitude(const QString& path) override
     {
         QStringList position{QString(), QString()};
+        // The image reader opens the file: a named pipe would block it.
+        if (!QFileInfo(path).isFile())
+            return position;
         const cf_holder url(QUrl::fromLocalFile(path).toCFURL());
         const cf_holder source(url.ref ? CGImageSourceCreateWithURL(static_cast<CFURLRef>(url.ref), nullptr)
                                        : nullptr);

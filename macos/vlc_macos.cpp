@@ -91,6 +91,7 @@ void vlc_macos::extract_plugin_artifacts()
 {
     plugin_static_function::app_debug("[extract_plugin_artifacts] starts", sig_extract_plugin_artifacts);
     source_path_guard::reset_log();
+    folder_sizes.clear();
     if (extraction_allowed()) {
         if (is_table_selected("media_library")) {
             extract_media_library();
@@ -100,15 +101,15 @@ void vlc_macos::extract_plugin_artifacts()
             extract_podcasts();
             finish_table();
         }
+        // A cancel met before one of their files ends the run at once: the
+        // table is not counted and the end is not logged.
         if (is_table_selected("recents")) {
-            extract_recent_documents();
-            if (cancel_requested)
-                return;  // a cancelled run neither counts the table nor logs its end
+            if (!extract_recent_documents())
+                return;
             finish_table();
         }
         if (is_table_selected("recent_played")) {
-            extract_recently_played();
-            if (cancel_requested)
+            if (!extract_recently_played())
                 return;
             finish_table();
         }
@@ -116,11 +117,11 @@ void vlc_macos::extract_plugin_artifacts()
     plugin_static_function::app_debug("[extract_plugin_artifacts] ends", sig_extract_plugin_artifacts);
 }
 
-void vlc_macos::extract_recent_documents()
+bool vlc_macos::extract_recent_documents()
 {
     for (const QString& file : recent_document_files) {
         if (cancel_requested)
-            return;
+            return false;
         const QString user = plugin_static_function::extract_user_name_from_sourcefile(file, source_root);
         if (QFileInfo(file).fileName() != "org.videolan.vlc.sfl")
             xcode_extract_recents_items(file, destination_db_path, user);
@@ -128,17 +129,19 @@ void vlc_macos::extract_recent_documents()
             xcode_extract_recents_items_11_12(file, destination_db_path, user, source_root);
         emit_records_signal(record_count);
     }
+    return true;
 }
 
-void vlc_macos::extract_recently_played()
+bool vlc_macos::extract_recently_played()
 {
     for (const QString& file : preference_files) {
         if (cancel_requested)
-            return;
+            return false;
         const QString user = plugin_static_function::extract_user_name_from_sourcefile(file, source_root);
         xcode_extract_recent_played_11_12(file, user);
         emit_records_signal(record_count);
     }
+    return true;
 }
 
 // ---- shared row pieces -------------------------------------------------------
@@ -153,7 +156,8 @@ QString vlc_macos::path_inside_source(const QString& machine_path, const QString
     return source_root.endsWith('/') ? source_root + path : source_root + "/" + path;
 }
 
-vlc_macos::media_file_facts vlc_macos::gather_media_file_facts(const QString& source_path, const QString& caller)
+vlc_macos::media_file_facts vlc_macos::gather_media_file_facts(const QString& source_path, const QString& caller,
+                                                               bool with_file_facts)
 {
     media_file_facts facts;
     facts.file_name = QFileInfo(source_path).fileName();
@@ -162,18 +166,33 @@ vlc_macos::media_file_facts vlc_macos::gather_media_file_facts(const QString& so
     if (!source_path_guard::allow(source_path, source_root, caller))
         return facts;
     facts.source_path = source_path;
+    if (!with_file_facts) {
+        facts.extended = get_extended_attributes({source_path});
+        return facts;
+    }
     const QFileInfo info(source_path);
     // Asked after the type, existence comes with the same status read.
     facts.exists = info.isFile() || info.isDir() || info.exists();
     if (!facts.exists)
         return facts;
-    // A folder's size is the sum of its files; a file's is already at hand.
-    facts.size = info.isDir() ? plugin_static_function::mining_size(source_path) : QString::number(info.size());
+    facts.size = size_of(info);
     facts.birth_seconds = file_times::of(source_path).birth;
     facts.attributes = extract_cfstring_attributes(info);
     facts.used = plugin_static_function::extract_used_date(source_path);
     facts.extended = get_extended_attributes({source_path});
     return facts;
+}
+
+QString vlc_macos::size_of(const QFileInfo& info)
+{
+    // A folder's size is the sum of its files; a file's is already at hand.
+    if (!info.isDir())
+        return QString::number(info.size());
+    const QString path = info.filePath();
+    auto known = folder_sizes.constFind(path);
+    if (known == folder_sizes.constEnd())
+        known = folder_sizes.insert(path, plugin_static_function::mining_size(path));
+    return *known;
 }
 
 QString vlc_macos::path_below_root(const QString& path) const

@@ -3,6 +3,8 @@
 // Extractor of a macOS source: per-user discovery of the player's files and the
 // readers of the media library, recent items, recently played list and podcasts.
 
+#include <QHash>
+
 #include <memory>
 
 #include "extractor_base.h"
@@ -78,8 +80,9 @@ private:
     void xcode_extract_recents_items_11_12(QString file_path, QString db_path, QString user_name,
                                            QString root);
     void xcode_extract_recent_played_11_12(QString file_path, QString user_name);
-    void extract_recent_documents();
-    void extract_recently_played();
+    // False when a cancel was met before one of the files.
+    bool extract_recent_documents();
+    bool extract_recently_played();
 
     // Metadata of one file (the path passed the source-path guard).
     void filter_extended_attribute_list();
@@ -90,7 +93,12 @@ private:
 
     // Shared row pieces.
     QString path_inside_source(const QString& machine_path, const QString& user) const;
-    media_file_facts gather_media_file_facts(const QString& source_path, const QString& caller);
+    // Without file facts only the name, the guarded path and the examiner's
+    // metadata keys are gathered (a recent document needs no more; its
+    // location may be a whole volume).
+    media_file_facts gather_media_file_facts(const QString& source_path, const QString& caller,
+                                             bool with_file_facts = true);
+    QString size_of(const QFileInfo& info);
     QString path_below_root(const QString& path) const;
     QStringList source_file_columns(const QString& path) const;
     void add_if_inside(QList<QString>& list, const QString& path);
@@ -101,5 +109,8 @@ private:
     QList<QString> recent_document_files;
     QList<QString> preference_files;
     std::unique_ptr<file_metadata_reader> metadata_reader;
+    // Sizes of the folders met in this run: many tracks may name one folder,
+    // and each measure walks it whole.
+    QHash<QString, QString> folder_sizes;
     int bool_process_generic_finished = 0;
 };

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QUrl>
 
+#include "bounded_file_reader.h"
 #include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
@@ -51,7 +52,7 @@ void vlc_macos::extract_media_library()
             break;  // rows already written are kept: the commit below still runs
         const QString user = plugin_static_function::extract_user_name_from_sourcefile(library_file, source_root);
         QFile file(library_file);
-        if (!file.open(QIODevice::ReadOnly)) {
+        if (!bounded_file_reader::open_regular(file)) {
             plugin_static_function::app_debug("[extract_media_library] file open --------FAILED-------",
                                               sig_media_library);
             continue;
@@ -90,5 +91,7 @@ void vlc_macos::extract_media_library()
     }
     insert.finish();
     connection.db().commit();
-    plugin_static_function::app_debug("[extract_media_library] ends", sig_media_library);
+    // A cancelled reader keeps its rows but does not log a normal end.
+    if (!cancel_requested)
+        plugin_static_function::app_debug("[extract_media_library] ends", sig_media_library);
 }

@@ -3,6 +3,7 @@
 
 #include <QFile>
 
+#include "bounded_file_reader.h"
 #include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
@@ -38,7 +39,7 @@ void vlc_macos::extract_podcasts()
             break;
         const QString user = plugin_static_function::extract_user_name_from_sourcefile(configuration, source_root);
         QFile file(configuration);
-        if (!file.open(QIODevice::ReadOnly)) {
+        if (!bounded_file_reader::open_regular(file)) {
             plugin_static_function::app_debug("[extract_podcasts] file open -------FAILED-----------", sig_podcasts);
             continue;
         }

@@ -83,5 +83,6 @@ void vlc_macos::xcode_extract_recent_played_11_12(QString file_path, QString use
     // Rows written before a cancel stay: the commit runs either way.
     insert.finish();
     connection.db().commit();
-    plugin_static_function::app_debug("[xcode_extract_recent_played_11_12] - END", sig_recent_played);
+    if (!cancel_requested)
+        plugin_static_function::app_debug("[xcode_extract_recent_played_11_12] - END", sig_recent_played);
 }

@@ -123,8 +123,8 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
 
     connection.db().transaction();
     prepared_statement insert(connection.db(), k_insert_recents_11_12, prepared_statement::text_binding::empty_as_null);
+    // Both source columns as the older list's rows give them.
     const QString source_file = path_below_root(file_path);
-    const QString relation = source_file_columns(file_path).value(1);
 
     plist_dict_iter iterator = nullptr;
     plist_dict_new_iter(archive.get(), &iterator);
@@ -150,7 +150,7 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
             if (machine_path.isEmpty())
                 continue;
             const QString source_path = path_inside_source(machine_path, user_name);
-            const media_file_facts facts = gather_media_file_facts(source_path, sig_recents_11_12);
+            const media_file_facts facts = gather_media_file_facts(source_path, sig_recents_11_12, false);
             const QStringList values = {"0",
                                         user_name,
                                         facts.file_name,
@@ -162,7 +162,7 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
                                         plugin_static_function::get_source_count_name(),
                                         os_scheme_display,
                                         source_file,
-                                        relation};
+                                        source_file};
             if (insert.execute(values))
                 count_inserted_row();
             else

@@ -152,6 +152,24 @@ private slots:
             + QByteArray("</array>").repeated(depth) + "</plist>";
         QVERIFY(!plist_document::from_bytes(deep, &why));
         QVERIFY(why == plist_document::load_failure::too_deep);
+        // Closing tags hidden in comments, character data, instructions or
+        // quoted attribute values must not cancel the real nesting around them.
+        const QList<QPair<QByteArray, QByteArray>> disguised = {{"<array>", "<!--</array>-->"},
+                                                               {"<array>", "<![CDATA[</array>]]>"},
+                                                               {"<array>", "<?pi </array>?>"},
+                                                               {"<array x=\"/>\">", ""},
+                                                               {"<array>", "<!DOCTYPE x [</array>]>"}};
+        for (const auto& [open, filler] : disguised) {
+            const QByteArray hostile = "<?xml version=\"1.0\"?><plist version=\"1.0\">" + (open + filler).repeated(depth)
+                + QByteArray("</array>").repeated(depth) + "</plist>";
+            QVERIFY2(!plist_document::from_bytes(hostile), filler.isEmpty() ? open.constData() : filler.constData());
+        }
+        // The same constructs in an ordinary list are read as before.
+        const plist_owner commented = plist_document::from_bytes(
+            "<?xml version=\"1.0\"?><!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"x.dtd\">"
+            "<plist version=\"1.0\"><dict><!-- </dict> --><key>k</key><string><![CDATA[</string>]]></string></dict></plist>");
+        QVERIFY(plist_document::is_dict(commented.get()));
+        QCOMPARE(plugin_static_function::get_nsstring_values("k", commented.get()), QString("</string>"));
         QVERIFY(!plist_document::from_bytes("[core]\nintf=macosx\n", &why));
         QVERIFY(why == plist_document::load_failure::not_a_plist);
         QVERIFY(!plist_document::from_bytes(QByteArray(), &why));

@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include "debug_log_capture.h"
@@ -114,6 +115,44 @@ private slots:
         QCOMPARE(tabs.count(), 0);
         QVERIFY(session.log.messages_with("[extract_plugin_artifacts] ends").isEmpty());
         QCOMPARE(test_support::snapshot_tree(session.source.path()), before);
+    }
+
+    void named_pipes_in_place_of_the_text_files_are_not_opened()
+    {
+        // A pipe without a writer would block a reader for ever.
+        macos_session session;
+        const QString home = session.source.filePath("Users/ann/Library/");
+        QVERIFY(QDir().mkpath(home + "Application Support/org.videolan.vlc"));
+        QVERIFY(QDir().mkpath(home + "Preferences/org.videolan.vlc"));
+        QVERIFY(mkfifo(QFile::encodeName(home + "Application Support/org.videolan.vlc/ml.xspf").constData(), 0600) == 0);
+        QVERIFY(mkfifo(QFile::encodeName(home + "Preferences/org.videolan.vlc/vlcrc").constData(), 0600) == 0);
+        session.prepare({"ann"}, {"media_library", "podcasts"});
+        session.run();
+        QCOMPARE(session.log.messages_with("[extract_media_library] file open --------FAILED-------").size(), 1);
+        QCOMPARE(session.log.messages_with("[extract_podcasts] file open -------FAILED-----------").size(), 1);
+        QVERIFY(!session.log.messages_with("[extract_plugin_artifacts] ends").isEmpty());
+    }
+
+    void cancel_after_the_last_recent_list_counts_that_table_only()
+    {
+        macos_session session;
+        QString error;
+        QVERIFY(write_macos_sample_tree(session.source.path(), &error));
+        session.prepare({"alice"}, {"recents", "recent_played"});
+        QObject::connect(&session.controller, &vlc::signal_extracted_records_of_plugin_overall, &session.controller,
+                         [&session](qint64 count) {
+                             if (count > 0)
+                                 session.controller.pub_cancel_extraction();
+                         });
+        QSignalSpy tabs(&session.controller, &vlc::signal_tab_processed_of_plugin_overall);
+        session.run();
+        // alice's only recent list was read whole, so that table is done;
+        // the played list is never opened.
+        QCOMPARE(test_support::count_rows(session.database(), "recents"), 2);
+        QCOMPARE(tabs.count(), 1);
+        QCOMPARE(test_support::count_rows(session.database(), "recent_played"), 0);
+        QVERIFY(session.log.messages_with("[xcode_extract_recent_played_11_12] START").isEmpty());
+        QVERIFY(session.log.messages_with("[extract_plugin_artifacts] ends").isEmpty());
     }
 
     void portable_metadata_reads_the_volume_and_its_extended_attributes()
