@@ -69,15 +69,15 @@ void vlc_winos::extract_playlists()
         const bool m34 = path.endsWith(".m3u") || path.endsWith(".m3u8");
         if (!m34 && !path.endsWith(".xspf"))
             continue;
+        if (m34)
+            get_info_from_m34_file(path, record.user_name, record.jump_list_path);
+        else
+            get_info_from_xspf_file(path, record.user_name, record.jump_list_path);
         if (playlist_entries_full()) {
             plugin_static_function::app_debug("playlist entries beyond the limit are not read, from: " + path,
                                               sig_playlists);
             break;
         }
-        if (m34)
-            get_info_from_m34_file(path, record.user_name, record.jump_list_path);
-        else
-            get_info_from_xspf_file(path, record.user_name, record.jump_list_path);
     }
 
     for (const struct_playlist& entry : playlist_list) {
