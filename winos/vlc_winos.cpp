@@ -5,6 +5,7 @@
 
 #include "plugin_static_function.h"
 #include "prepared_statement.h"
+#include "source_path_guard.h"
 #include "sqlite_connection_scope.h"
 
 namespace {
@@ -31,6 +32,8 @@ void vlc_winos::winos_set_source_info(struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_so
 void vlc_winos::find_source_file()
 {
     plugin_static_function::app_debug("[find_source_file]---STARTS---", sig_find);
+    // Discovery opens a run: refusals are logged afresh, folders resolved afresh.
+    source_path_guard::reset_log();
     art_folder_list.clear();
     preference_file_list.clear();
     jump_list_folder_list.clear();
@@ -47,7 +50,9 @@ void vlc_winos::find_source_file()
     for (const QString& user : user_names) {
         for (const auto& candidate : candidates) {
             const QString path = source_root + "Users/" + user + candidate.suffix;
-            if (QFileInfo::exists(path))
+            // A candidate that is a link out of the source (or a user name
+            // that climbs out of it) counts as absent: it is never read.
+            if (QFileInfo::exists(path) && source_path_guard::allow(path, source_root, sig_find))
                 candidate.list->append(path);
             else
                 plugin_static_function::app_debug("[find_source_file]----  FILE NOT EXISTS" + path, sig_find);

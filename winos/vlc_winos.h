@@ -98,6 +98,10 @@ protected:
     void get_info_from_m34_file(QString playlist_path, QString context1, QString context2);
     void get_info_from_xspf_file(QString playlist_path, QString context1, QString context2);
     void get_further_info(const QByteArray& chunk);
+    // Appends the work record unless the entry list is full: a jump list may
+    // name one huge playlist thousands of times.
+    void append_playlist_entry();
+    bool playlist_entries_full() const;
     void album_arts_artifacts();
     void extract_podcasts_vlc();
 

@@ -38,14 +38,22 @@ void vlc_winos::album_arts_artifacts()
     if (!insert)
         return;
 
-    for (const QString& folder : art_folder_list) {
+    // A cancelled run keeps its rows and stops without the end line.
+    const auto stop_on_cancel = [&] {
         if (cancel_requested)
-            break;
+            scope.db().commit();
+        return cancel_requested;
+    };
+    for (const QString& folder : art_folder_list) {
+        if (stop_on_cancel())
+            return;
         const auto account = account_of(folder);
         // Links are not followed: one in the cache could point anywhere.
         QDirIterator entries(folder, QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks,
                              QDirIterator::Subdirectories);
-        while (!cancel_requested && entries.hasNext()) {
+        while (entries.hasNext()) {
+            if (stop_on_cancel())
+                return;
             const QString found = entries.next();
             if (!entries.fileInfo().isFile())
                 continue;

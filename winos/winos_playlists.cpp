@@ -21,7 +21,22 @@ const QString k_insert_playlists =
     "preview_file_path,export_file_paths ,windows_path,duration,creation_timestamp,modification_timestamp,"
     "last_access_timestamp,source_file, source_count_name, os_scheme_display)VALUES(0,?,?,? ,?,?,?,? ,?,?,?,? ,?,?,?,? ,?,?)";
 
+// Far more entries than any real playlist collection holds, few enough that
+// the collected list stays within a modest amount of memory.
+constexpr qsizetype k_max_playlist_entries = 200000;
+
 }  // namespace
+
+void vlc_winos::append_playlist_entry()
+{
+    if (!playlist_entries_full())
+        playlist_list.append(playlist_work_record);
+}
+
+bool vlc_winos::playlist_entries_full() const
+{
+    return playlist_list.size() >= k_max_playlist_entries;
+}
 
 // A playlist's bytes, read only when its path stays inside the source and
 // never beyond the reader's ceiling; false with a log line otherwise.
@@ -51,10 +66,18 @@ void vlc_winos::extract_playlists()
             return;
         }
         const QString path = media_path_on_source(record.local_path);
-        if (path.endsWith(".m3u") || path.endsWith(".m3u8"))
+        const bool m34 = path.endsWith(".m3u") || path.endsWith(".m3u8");
+        if (!m34 && !path.endsWith(".xspf"))
+            continue;
+        if (m34)
             get_info_from_m34_file(path, record.user_name, record.jump_list_path);
-        else if (path.endsWith(".xspf"))
+        else
             get_info_from_xspf_file(path, record.user_name, record.jump_list_path);
+        if (playlist_entries_full()) {
+            plugin_static_function::app_debug("playlist entries beyond the limit are not read, from: " + path,
+                                              sig_playlists);
+            break;
+        }
     }
 
     for (const struct_playlist& entry : playlist_list) {
@@ -96,7 +119,7 @@ void vlc_winos::get_info_from_m34_file(QString playlist_path, QString context1, 
     // Lines before the first extended-info marker carry no entry.
     const QByteArray marker = "EXTINF";
     qsizetype at = data.indexOf(marker);
-    while (at >= 0) {
+    while (at >= 0 && !playlist_entries_full()) {
         const qsizetype next = data.indexOf(marker, at + marker.size());
         get_further_info(data.mid(at, next < 0 ? -1 : next - at));
         at = next;
@@ -123,7 +146,7 @@ void vlc_winos::get_further_info(const QByteArray& chunk)
     playlist_work_record.title = title;
     playlist_work_record.duration = duration;
     playlist_work_record.media_path = QString(lines.at(1)).replace('\\', '/');
-    playlist_list.append(playlist_work_record);
+    append_playlist_entry();
 }
 
 void vlc_winos::get_info_from_xspf_file(QString playlist_path, QString context1, QString context2)
@@ -140,7 +163,7 @@ void vlc_winos::get_info_from_xspf_file(QString playlist_path, QString context1,
     // tag: in the player's files that is the tag after a whitespace run. A
     // track is complete when its closing id tag is read.
     QXmlStreamReader xml(data);
-    while (!xml.atEnd()) {
+    while (!xml.atEnd() && !playlist_entries_full()) {
         xml.readNext();
         if (xml.isStartElement())
             continue;
@@ -154,7 +177,7 @@ void vlc_winos::get_info_from_xspf_file(QString playlist_path, QString context1,
         } else if (name == QLatin1String("duration") && xml.isStartElement()) {
             playlist_work_record.duration = QString::number(xml.readElementText().toLongLong() / 1000);
         } else if (name == QLatin1String("id") && xml.isEndElement()) {
-            playlist_list.append(playlist_work_record);
+            append_playlist_entry();
         }
     }
 }

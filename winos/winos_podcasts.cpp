@@ -2,6 +2,7 @@
 // holds the podcast key, commented or not, split into its URLs.
 
 #include <QFile>
+#include <QFileInfo>
 
 #include "plugin_static_function.h"
 #include "sqlite_connection_scope.h"
@@ -34,6 +35,17 @@ QStringList podcast_lines(const QByteArray& data)
     return lines;
 }
 
+// Why a preference file could not be read. Only a regular file is opened
+// again to ask: opening a named pipe would wait for a writer for ever.
+QString open_error_text(const QString& path)
+{
+    if (!QFileInfo(path).isFile())
+        return "not a regular file";
+    QFile file(path);
+    file.open(QIODevice::ReadOnly);
+    return file.errorString();
+}
+
 }  // namespace
 
 void vlc_winos::extract_podcasts_vlc()
@@ -45,23 +57,26 @@ void vlc_winos::extract_podcasts_vlc()
         return;
 
     for (const QString& path : preference_file_list) {
-        if (cancel_requested)
-            break;
+        // A cancelled run keeps its rows and stops without the end line.
+        if (cancel_requested) {
+            scope.db().commit();
+            return;
+        }
         const auto read = read_capped(path, sig_podcasts);
         if (!read.opened) {
-            QFile file(path);
-            file.open(QIODevice::ReadOnly);
             plugin_static_function::app_debug("[pub_registry_view]- file not opened: [File Path]" + path,
                                               sig_podcasts);
-            plugin_static_function::app_debug("[ERROR:]" + file.errorString(), sig_podcasts);
+            plugin_static_function::app_debug("[ERROR:]" + open_error_text(path), sig_podcasts);
             continue;
         }
         const auto account = account_of(path);
         const QString source_file = source_file_text(path);
         for (const QString& line : podcast_lines(read.data)) {
             for (const QString& value : line.split('|')) {
-                if (cancel_requested)
-                    break;
+                if (cancel_requested) {
+                    scope.db().commit();
+                    return;
+                }
                 insert_row(*insert,
                            {account.system_user, account.domain_user, value, source_file,
                             plugin_static_function::get_source_count_name(), os_scheme_display},

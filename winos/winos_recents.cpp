@@ -38,6 +38,9 @@ void vlc_winos::extract_recents()
         return;
     recents_list.clear();
     auto reader = std::make_unique<olecf_file_parse>();
+    // Streams left by a run that never finished would be walked as if this
+    // evidence held them.
+    plugin_static_function::remove_directory(temporary_files_folder());
 
     // On the normal end and on cancel alike: keep what was written, drop the
     // scratch copies of the streams.
@@ -60,6 +63,10 @@ void vlc_winos::extract_recents()
             const QString path = entries.next();
             if (!k_jump_list_names.contains(entries.fileName()))
                 continue;
+            // Only a regular file inside the source is opened: a named pipe
+            // would block the open for ever, a link may point anywhere.
+            if (!entries.fileInfo().isFile() || !source_path_guard::allow(path, source_root, sig_recents))
+                continue;
             const QString output = reader->start_parsing_olecf(path, destination_result_dir, user);
             recents_work_record.user_name = user;
             recents_work_record.jump_list_output_folder = output;
@@ -70,6 +77,10 @@ void vlc_winos::extract_recents()
         }
     }
 
+    if (cancel_requested) {
+        finish();
+        return;
+    }
     for (const struct_recents& record : recents_list) {
         if (cancel_requested) {
             finish();

@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 #include "compound_file_writer.h"
 #include "debug_log_capture.h"
 #include "plugin_helper_functions.h"
@@ -203,6 +205,86 @@ private slots:
         QCOMPARE(test_support::count_rows(database(), "playlists"), 0);
         // Each refused path is logged once, the playlist included.
         QCOMPARE(log.messages_with("path outside the source root").size(), 2);
+    }
+
+    void links_out_of_the_source_and_pipes_are_never_opened()
+    {
+        // The player's files of "eve" are links to files beside the source;
+        // "fay" has a named pipe where a jump list and the preferences belong.
+        QString error;
+        QVERIFY(tree_writer::write_file(root.path(), "outside/vlcrc", "podcast-urls=http://leak\n", &error));
+        QVERIFY(tree_writer::write_file(root.path(), "outside/art/x/y/leak.png", "", &error));
+        QVERIFY(tree_writer::write_file(root.path(), "outside/" + k_jump_list, jump_list_of({"C:\\leak.mp3"}),
+                                        &error));
+        QVERIFY(tree_writer::make_dir(root_path(), "Users/eve/AppData/Roaming/vlc", &error));
+        QVERIFY(tree_writer::make_dir(root_path(), "Users/eve" + k_recent, &error));
+        QVERIFY(QFile::link(root.path() + "/outside/vlcrc", root_path() + "Users/eve/AppData/Roaming/vlc/vlcrc"));
+        QVERIFY(QFile::link(root.path() + "/outside/art", root_path() + "Users/eve/AppData/Roaming/vlc/art"));
+        QVERIFY(QFile::link(root.path() + "/outside/" + k_jump_list, root_path() + "Users/eve" + k_recent + k_jump_list));
+        QVERIFY(tree_writer::make_dir(root_path(), "Users/fay/AppData/Roaming/vlc", &error));
+        QVERIFY(tree_writer::make_dir(root_path(), "Users/fay" + k_recent, &error));
+        QCOMPARE(mkfifo(qPrintable(root_path() + "Users/fay/AppData/Roaming/vlc/vlcrc"), 0600), 0);
+        QCOMPARE(mkfifo(qPrintable(root_path() + "Users/fay" + k_recent + k_jump_list), 0600), 0);
+
+        vlc_winos winos;
+        configure(winos, {"recents", "album_art", "podcasts"}, 0, {{"eve", ""}, {"fay", ""}});
+        winos.winos_find_artifacts_source();
+        QCOMPARE(winos.art_folders(), QStringList());
+        QCOMPARE(winos.preference_files(), QStringList{root_path() + "Users/fay/AppData/Roaming/vlc/vlcrc"});
+        winos.winos_extract_artifacts();
+        QCOMPARE(test_support::count_rows(database(), "recents"), 0);
+        QCOMPARE(test_support::count_rows(database(), "album_art"), 0);
+        QCOMPARE(test_support::count_rows(database(), "podcasts"), 0);
+        QCOMPARE(log.messages_with("[ERROR:]not a regular file").size(), 1);
+        QCOMPARE(log.messages_with("[extract_podcasts_vlc]---ENDS---").size(), 1);
+    }
+
+    void cancel_stops_album_art_and_podcasts_without_their_end_lines()
+    {
+        write("Users/gus/AppData/Roaming/vlc/vlcrc", "podcast-urls=http://a|http://b|http://c\n");
+        write("Users/gus/AppData/Roaming/vlc/art/a/b/1.png", "");
+        write("Users/gus/AppData/Roaming/vlc/art/a/c/2.png", "");
+        for (const QString& table : {QString("album_art"), QString("podcasts")}) {
+            late_winos winos;
+            configure(winos, {table}, 0, {{"gus", ""}});
+            connect(&winos, &vlc_winos::signal_extracted_records_of_plugin_winos, &winos,
+                    [&winos] { winos.winos_cancel_extraction(); });
+            winos.winos_find_artifacts_source();
+            winos.winos_extract_artifacts();
+            QCOMPARE(test_support::count_rows(database(), table), 1);
+        }
+        QVERIFY(log.messages_with("---ENDS---").filter("album_arts_artifacts").isEmpty());
+        QVERIFY(log.messages_with("---ENDS---").filter("extract_podcasts_vlc").isEmpty());
+    }
+
+    void streams_left_by_an_unfinished_run_give_no_rows()
+    {
+        // A run that was killed left the streams of another evidence behind.
+        QVERIFY(tree_writer::write_file(out.path() + "/Files/hal_" + k_jump_list + "/7/file",
+                                        shell_link_writer::build(shell_link_writer::media_link("C:\\old.mp3", 1, 1))));
+        write("Users/hal" + k_recent + k_jump_list, jump_list_of({"C:\\new.mp3"}));
+        vlc_winos winos;
+        configure(winos, {"recents"}, 0, {{"hal", ""}});
+        winos.winos_find_artifacts_source();
+        winos.winos_extract_artifacts();
+        const auto rows = test_support::query_rows(database(), "select windows_path from recents");
+        QCOMPARE(rows.size(), 1);
+        QCOMPARE(rows.first().first().toString(), QString("C:\\new.mp3"));
+    }
+
+    void a_playlist_named_again_and_again_fills_no_more_than_the_entry_limit()
+    {
+        QByteArray m3u;
+        for (int i = 0; i < 150000; ++i)
+            m3u += "#EXTINF:1,t\r\nD:\\x.mp3\r\n";
+        write("Users/ivy/big.m3u", m3u);
+        write("Users/ivy" + k_recent + k_jump_list, jump_list_of(QStringList(2, "C:\\Users\\ivy\\big.m3u")));
+        vlc_winos winos;
+        configure(winos, {"recents", "playlists"}, 0, {{"ivy", ""}});
+        winos.winos_find_artifacts_source();
+        winos.winos_extract_artifacts();
+        QCOMPARE(test_support::count_rows(database(), "playlists"), 200000);
+        QCOMPARE(log.messages_with("playlist entries beyond the limit are not read").size(), 1);
     }
 
     void oversized_files_are_read_only_up_to_the_cap()
