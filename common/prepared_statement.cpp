@@ -152,8 +152,14 @@ QString prepared_statement::text(int column) const
         return m_query.value(column).toString();
     // Numbers are formatted here: asking SQLite for their text makes it
     // allocate a copy of each.
-    if (sqlite3_column_type(m_raw, column) == SQLITE_INTEGER)
+    const int type = sqlite3_column_type(m_raw, column);
+    if (type == SQLITE_INTEGER)
         return QString::number(sqlite3_column_int64(m_raw, column));
+    // A real reads as Qt's driver gives it (1.0 as "1", 1e20 as "1e+20"), not
+    // as SQLite's own text ("1.0", "1.0e+20"): readers compare and convert
+    // these texts.
+    if (type == SQLITE_FLOAT)
+        return QVariant(sqlite3_column_double(m_raw, column)).toString();
     const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(m_raw, column));
     if (!data)
         return QString();

@@ -210,6 +210,56 @@ private slots:
         QCOMPARE(run.tab_values(), QList<int>{1});
     }
 
+    void real_numbers_read_as_the_driver_writes_them()
+    {
+        const QString root = sample_tree("reals");
+        // Too large for the integer column to keep as an integer: stored as a real.
+        alter_database(root, {"UPDATE Media SET play_count=1e20 WHERE title='Intro'"});
+        android_run run;
+        run.prepare(root, {"media_library"});
+        run.extract();
+        QCOMPARE(test_support::query_rows(run.result_db(),
+                                          "select play_count from media_library where title='Intro'"),
+                 (QList<QVariantList>{{"1e+20"}}));
+    }
+
+    void a_failing_playlist_name_lookup_gives_no_names()
+    {
+        const QString root = sample_tree("names");
+        // Reading the name of the second playlist ("Favourites") fails.
+        alter_database(root, {"ALTER TABLE Playlist RENAME TO lists",
+                              "CREATE VIEW Playlist AS SELECT id_playlist, CASE WHEN id_playlist = 2 THEN "
+                              "abs(-9223372036854775808) ELSE name END AS name FROM lists"});
+        android_run run;
+        run.prepare(root, {"media_library"});
+        run.extract();
+        QCOMPARE(test_support::query_rows(run.result_db(), "select title,playlist_name from media_library "
+                                                           "where title in ('Intro','Outro') order by title"),
+                 (QList<QVariantList>{{"Intro", ""}, {"Outro", "Road Trip"}}));
+    }
+
+    void a_database_linked_from_outside_the_source_is_not_read()
+    {
+        const QString root = sample_tree("linked");
+        const QString path = QDir(root).filePath(k_database);
+        const QString outside = trees.filePath("outside_vlc_media.db");
+        for (const QString& suffix : {QString(), QString("-wal"), QString("-shm")}) {
+            if (QFileInfo::exists(path + suffix))
+                QVERIFY(QFile::rename(path + suffix, outside + suffix));
+        }
+        QVERIFY(QFile::link(outside, path));
+        // Twice in one process: each run reports the refusal in its own log.
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            android_run run;
+            run.prepare(root);
+            run.extract();
+            QCOMPARE(run.tab_values(), (QList<int>{1, 2, 3, 4}));
+            for (const QString& table : k_tables)
+                QCOMPARE(run.rows(table), 0);
+            QCOMPARE(run.log.messages_with("path outside the source root ---FAILED---").size(), 1);
+        }
+    }
+
     void damaged_databases_are_logged_and_skipped_data()
     {
         QTest::addColumn<QString>("damage");
