@@ -4,6 +4,7 @@
 
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
+#include "source_path_guard.h"
 
 #include <QSqlQuery>
 
@@ -17,11 +18,13 @@ android_source_run::~android_source_run()
     close();
 }
 
-bool android_source_run::start(const QString& source_path, plugin_helper_functions* helper,
-                               const QString& select_statement)
+bool android_source_run::start(const QString& source_path, const QString& source_root,
+                               plugin_helper_functions* helper, const QString& select_statement)
 {
     plugin_static_function::app_debug("START", m_signature);
     if (source_path.isEmpty() || !QFileInfo::exists(source_path) || !helper)
+        return false;
+    if (!companions_inside(source_path, source_root))
         return false;
 
     // The evidence is only ever opened through this copy (with its -wal and -shm).
@@ -52,6 +55,18 @@ bool android_source_run::start(const QString& source_path, plugin_helper_functio
         log_query_failure("query_select --------FAILED---------- ", *m_rows);
         close();
         return false;
+    }
+    return true;
+}
+
+bool android_source_run::companions_inside(const QString& source_path, const QString& source_root) const
+{
+    // The working copy takes the -wal and -shm beside the database along; one
+    // that links out of the source would be read from there.
+    for (const char* suffix : {"-wal", "-shm"}) {
+        const QString companion = source_path + suffix;
+        if (QFileInfo::exists(companion) && !source_path_guard::allow(companion, source_root, m_signature))
+            return false;
     }
     return true;
 }

@@ -28,7 +28,8 @@ public:
 
     // Logs the start, then copies, opens and selects; false (with the failure
     // logged) when there is nothing to read.
-    bool start(const QString& source_path, plugin_helper_functions* helper, const QString& select_statement);
+    bool start(const QString& source_path, const QString& source_root, plugin_helper_functions* helper,
+               const QString& select_statement);
 
     prepared_statement& rows() { return *m_rows; }
     const QSqlDatabase& source() const { return m_source->db(); }
@@ -45,6 +46,7 @@ public:
 
 private:
     static constexpr int k_source_cache_kib = 32 * 1024;
+    bool companions_inside(const QString& source_path, const QString& source_root) const;
     void tune_source_cache();
     void close();
 

@@ -77,7 +77,7 @@ void vlc_androidos::run_table(const QString& signature, const QString& source_pa
                               bool (vlc_androidos::*insert_rows)(android_source_run&))
 {
     android_source_run run(signature, destination_db_path);
-    if (!run.start(source_path, helper_obj, select_statement))
+    if (!run.start(source_path, source_root, helper_obj, select_statement))
         return;
     // A cancelled or broken-off table closes without its end line.
     if ((this->*insert_rows)(run))
