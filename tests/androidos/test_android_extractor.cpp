@@ -51,7 +51,16 @@ struct android_run
         controller.pub_find_source_file();
         controller.pub_extract_artifacts();
     }
+    void run_on(const QString& root, const QList<QString>& tables)
+    {
+        prepare(root, tables);
+        extract();
+    }
     QString result_db() const { return out.filePath("Artifacts_Result/VLC/VLC.sqlite"); }
+    QList<QVariantList> select(const QString& statement) const
+    {
+        return test_support::query_rows(result_db(), statement);
+    }
     QString tmp_dir() const { return out.filePath("Artifacts_Result/VLC/tmp"); }
     qint64 rows(const QString& table) const { return test_support::count_rows(result_db(), table); }
     QList<int> tab_values() const
@@ -75,6 +84,17 @@ void alter_database(const QString& root, const QStringList& statements)
             QVERIFY2(query.exec(statement), qPrintable(statement));
     }
     QSqlDatabase::removeDatabase("alter_database");
+}
+
+// Puts a view in place of a table whose `column` fails to read (an integer
+// overflow) for the second playlist ("Favourites"); `key` is kept as it is.
+void fail_reads_for_second_playlist(const QString& root, const QString& table, const QString& key,
+                                    const QString& column)
+{
+    alter_database(root, {QString("ALTER TABLE %1 RENAME TO original_%1").arg(table),
+                          QString("CREATE VIEW %1 AS SELECT CASE WHEN %2 = 2 THEN abs(-9223372036854775808) ELSE %3 "
+                                  "END AS %3, %2 FROM original_%1")
+                              .arg(table, key, column)});
 }
 
 void replace_database(const QString& root, const QByteArray& content)
@@ -196,15 +216,10 @@ private slots:
     void a_failing_playlist_member_statement_ends_the_table()
     {
         const QString root = sample_tree("members");
-        // Reading the members of the second playlist ("Favourites") fails.
-        alter_database(root, {"ALTER TABLE PlaylistMediaRelation RENAME TO members",
-                              "CREATE VIEW PlaylistMediaRelation AS SELECT CASE WHEN playlist_id = 2 THEN "
-                              "abs(-9223372036854775808) ELSE media_id END AS media_id, playlist_id FROM members"});
+        fail_reads_for_second_playlist(root, "PlaylistMediaRelation", "playlist_id", "media_id");
         android_run run;
-        run.prepare(root, {"playlists"});
-        run.extract();
-        QCOMPARE(test_support::query_rows(run.result_db(), "select distinct playlist_name from playlists"),
-                 (QList<QVariantList>{{"Road Trip"}}));
+        run.run_on(root, {"playlists"});
+        QCOMPARE(run.select("select distinct playlist_name from playlists"), (QList<QVariantList>{{"Road Trip"}}));
         QCOMPARE(run.rows("playlists"), 2);
         QCOMPARE(run.log.messages_with("query_select_media_id --------FAILED---------- ").size(), 1);
         QCOMPARE(run.tab_values(), QList<int>{1});
@@ -216,25 +231,19 @@ private slots:
         // Too large for the integer column to keep as an integer: stored as a real.
         alter_database(root, {"UPDATE Media SET play_count=1e20 WHERE title='Intro'"});
         android_run run;
-        run.prepare(root, {"media_library"});
-        run.extract();
-        QCOMPARE(test_support::query_rows(run.result_db(),
-                                          "select play_count from media_library where title='Intro'"),
+        run.run_on(root, {"media_library"});
+        QCOMPARE(run.select("select play_count from media_library where title='Intro'"),
                  (QList<QVariantList>{{"1e+20"}}));
     }
 
     void a_failing_playlist_name_lookup_gives_no_names()
     {
         const QString root = sample_tree("names");
-        // Reading the name of the second playlist ("Favourites") fails.
-        alter_database(root, {"ALTER TABLE Playlist RENAME TO lists",
-                              "CREATE VIEW Playlist AS SELECT id_playlist, CASE WHEN id_playlist = 2 THEN "
-                              "abs(-9223372036854775808) ELSE name END AS name FROM lists"});
+        fail_reads_for_second_playlist(root, "Playlist", "id_playlist", "name");
         android_run run;
-        run.prepare(root, {"media_library"});
-        run.extract();
-        QCOMPARE(test_support::query_rows(run.result_db(), "select title,playlist_name from media_library "
-                                                           "where title in ('Intro','Outro') order by title"),
+        run.run_on(root, {"media_library"});
+        QCOMPARE(run.select("select title,playlist_name from media_library where title in ('Intro','Outro') "
+                            "order by title"),
                  (QList<QVariantList>{{"Intro", ""}, {"Outro", "Road Trip"}}));
     }
 
