@@ -8,6 +8,8 @@
 
 #include <QSqlQuery>
 
+#include <sqlite3.h>
+
 android_source_run::android_source_run(const QString& signature, const QString& result_db_path)
     : m_signature(signature), m_result_path(result_db_path)
 {
@@ -50,6 +52,8 @@ bool android_source_run::start(const QString& source_path, const QString& source
     }
 
     tune_source_cache();
+    watch_source_statements();
+    row_started();
     m_rows = std::make_unique<prepared_statement>(m_source->db(), select_statement);
     if (!m_rows->execute(QStringList())) {
         log_query_failure("query_select --------FAILED---------- ", *m_rows);
@@ -78,6 +82,22 @@ void android_source_run::tune_source_cache()
     // every page read again is a system call.
     QSqlQuery pragma(m_source->db());
     pragma.exec(QString("PRAGMA cache_size=%1").arg(-k_source_cache_kib));
+}
+
+void android_source_run::watch_source_statements()
+{
+    // Only where the driver's SQLite is the one linked here; otherwise Qt's
+    // own handling stays alone on the connection.
+    if (sqlite3* handle = prepared_statement::shared_handle(m_source->db()))
+        sqlite3_progress_handler(handle, 100000, &android_source_run::over_row_limit, this);
+}
+
+int android_source_run::over_row_limit(void* run)
+{
+    auto* self = static_cast<android_source_run*>(run);
+    if (!self->m_over_limit && self->m_row_timer.elapsed() > k_row_limit_ms)
+        self->m_over_limit = true;
+    return self->m_over_limit ? 1 : 0;
 }
 
 QString android_source_run::source_name() const

@@ -49,21 +49,26 @@ bool prepared_statement::binds_null(const QString& value) const
     return value.isNull();
 }
 
-bool prepared_statement::prepare_raw(const QSqlDatabase& db)
+sqlite3* prepared_statement::shared_handle(const QSqlDatabase& db)
 {
 #ifdef __APPLE__
     // Qt's own builds there carry a private SQLite inside the driver; its
     // handle must never reach the system library's calls, whatever the
     // versions say.
-    return false;
+    return nullptr;
 #endif
     const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
     if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
-        return false;
+        return nullptr;
     // A handle from another SQLite copy must never reach this library's calls.
     if (driver_sqlite_version(db) != QString::fromLatin1(sqlite3_libversion()))
-        return false;
-    sqlite3* connection = *static_cast<sqlite3* const*>(handle.data());
+        return nullptr;
+    return *static_cast<sqlite3* const*>(handle.data());
+}
+
+bool prepared_statement::prepare_raw(const QSqlDatabase& db)
+{
+    sqlite3* connection = shared_handle(db);
     if (!connection)
         return false;
     const QByteArray text = m_statement.toUtf8();

@@ -275,6 +275,22 @@ private slots:
         }
     }
 
+    void a_lookup_that_never_ends_is_stopped()
+    {
+        const QString root = sample_tree("endless");
+        // A forged database: the audio tracks are a view that counts without end.
+        alter_database(root, {"DROP TABLE AudioTrack",
+                              "CREATE VIEW AudioTrack AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 "
+                              "FROM n) SELECT x AS id_track, '' AS codec, 0 AS bitrate, 0 AS samplerate, "
+                              "0 AS nb_channels, '' AS language, '' AS description, x AS media_id FROM n "
+                              "WHERE random() = 0.5"});
+        android_run run;
+        run.run_on(root, {"media_library", "album"});
+        QCOMPARE(run.rows("media_library"), 8);
+        QCOMPARE(run.rows("album"), 3);
+        QVERIFY(!run.log.messages_with("interrupted").isEmpty());
+    }
+
     void damaged_databases_are_logged_and_skipped_data()
     {
         QTest::addColumn<QString>("damage");
