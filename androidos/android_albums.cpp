@@ -50,7 +50,7 @@ bool vlc_androidos::insert_album_art_rows(android_source_run& run)
     const QString source_file = source_file_text(album_source);
     prepared_statement& album = run.rows();
 
-    while (album.next()) {
+    while (run.next_row()) {
         if (cancel_requested)
             return false;
         const QString thumbnail = get_thumbnail_path(album.text(thumbnail_id), thumbnail_query);
@@ -88,7 +88,7 @@ bool vlc_androidos::insert_album_rows(android_source_run& run)
     const QString source_file = source_file_text(album_source);
     prepared_statement& album = run.rows();
 
-    while (album.next()) {
+    while (run.next_row()) {
         if (cancel_requested)
             return false;
         const QString artist = get_artist_name(album.text(artist_id), artist_query);
@@ -130,6 +130,7 @@ bool vlc_androidos::collect_album_tracks(android_source_run& run, const QString&
     for (const QString& media_id : media_ids) {
         if (cancel_requested)
             return false;
+        run.row_started();
         const struct_media media = get_file_name(media_id, file_name_query);
         const struct_file file = get_file_path(media_id, file_query);
         const QString relative_path = relative_to_root(file.file_path);

@@ -144,7 +144,7 @@ QString vlc_androidos::get_playlist_name(QString media_id, android_query& relati
                 playlist_query, QStringLiteral("SELECT name from Playlist where id_playlist = ?"), playlist_id,
                 signature);
             if (!playlists)
-                continue;
+                return QString();
             QString found;
             while (playlists->next())
                 found += playlists->text(0) + k_separator;

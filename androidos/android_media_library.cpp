@@ -56,7 +56,7 @@ bool vlc_androidos::insert_media_library_rows(android_source_run& run)
     QStringList values;
     values.reserve(39);
 
-    while (media.next()) {
+    while (run.next_row()) {
         if (cancel_requested)
             return false;
         const QString id_media = media.text(0);

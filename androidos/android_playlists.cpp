@@ -35,7 +35,7 @@ bool vlc_androidos::insert_playlist_rows(android_source_run& run)
     const QString source_count_name = plugin_static_function::get_source_count_name();
     prepared_statement& playlist = run.rows();
 
-    while (playlist.next()) {
+    while (run.next_row()) {
         if (cancel_requested)
             return false;
         const QString name = playlist.text(1);
@@ -53,6 +53,7 @@ bool vlc_androidos::insert_playlist_rows(android_source_run& run)
         for (const QString& media_id : media_ids) {
             if (cancel_requested)
                 return false;
+            run.row_started();
             const struct_media media = get_file_name(media_id, file_name_query);
             const struct_file file = get_file_path(media_id, file_query);
             QString file_name = media.file_name;

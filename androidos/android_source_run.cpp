@@ -4,8 +4,11 @@
 
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
+#include "source_path_guard.h"
 
 #include <QSqlQuery>
+
+#include <sqlite3.h>
 
 android_source_run::android_source_run(const QString& signature, const QString& result_db_path)
     : m_signature(signature), m_result_path(result_db_path)
@@ -17,11 +20,13 @@ android_source_run::~android_source_run()
     close();
 }
 
-bool android_source_run::start(const QString& source_path, plugin_helper_functions* helper,
-                               const QString& select_statement)
+bool android_source_run::start(const QString& source_path, const QString& source_root,
+                               plugin_helper_functions* helper, const QString& select_statement)
 {
     plugin_static_function::app_debug("START", m_signature);
     if (source_path.isEmpty() || !QFileInfo::exists(source_path) || !helper)
+        return false;
+    if (!companions_inside(source_path, source_root))
         return false;
 
     // The evidence is only ever opened through this copy (with its -wal and -shm).
@@ -47,11 +52,25 @@ bool android_source_run::start(const QString& source_path, plugin_helper_functio
     }
 
     tune_source_cache();
+    watch_source_statements();
+    row_started();
     m_rows = std::make_unique<prepared_statement>(m_source->db(), select_statement);
     if (!m_rows->execute(QStringList())) {
         log_query_failure("query_select --------FAILED---------- ", *m_rows);
         close();
         return false;
+    }
+    return true;
+}
+
+bool android_source_run::companions_inside(const QString& source_path, const QString& source_root) const
+{
+    // The working copy takes the -wal and -shm beside the database along; one
+    // that links out of the source would be read from there.
+    for (const char* suffix : {"-wal", "-shm"}) {
+        const QString companion = source_path + suffix;
+        if (QFileInfo::exists(companion) && !source_path_guard::allow(companion, source_root, m_signature))
+            return false;
     }
     return true;
 }
@@ -63,6 +82,22 @@ void android_source_run::tune_source_cache()
     // every page read again is a system call.
     QSqlQuery pragma(m_source->db());
     pragma.exec(QString("PRAGMA cache_size=%1").arg(-k_source_cache_kib));
+}
+
+void android_source_run::watch_source_statements()
+{
+    // Only where the driver's SQLite is the one linked here; otherwise Qt's
+    // own handling stays alone on the connection.
+    if (sqlite3* handle = prepared_statement::shared_handle(m_source->db()))
+        sqlite3_progress_handler(handle, 100000, &android_source_run::over_row_limit, this);
+}
+
+int android_source_run::over_row_limit(void* run)
+{
+    auto* self = static_cast<android_source_run*>(run);
+    if (!self->m_over_limit && self->m_row_timer.elapsed() > k_row_limit_ms)
+        self->m_over_limit = true;
+    return self->m_over_limit ? 1 : 0;
 }
 
 QString android_source_run::source_name() const

@@ -6,6 +6,7 @@
 // scope closes the copy and commits and closes the result database, so rows
 // written before a cancel or a failure always stay.
 
+#include <QElapsedTimer>
 #include <QString>
 
 #include <memory>
@@ -28,9 +29,16 @@ public:
 
     // Logs the start, then copies, opens and selects; false (with the failure
     // logged) when there is nothing to read.
-    bool start(const QString& source_path, plugin_helper_functions* helper, const QString& select_statement);
+    bool start(const QString& source_path, const QString& source_root, plugin_helper_functions* helper,
+               const QString& select_statement);
 
     prepared_statement& rows() { return *m_rows; }
+    // The next row of the main statement; starts that row's time.
+    bool next_row()
+    {
+        row_started();
+        return m_rows->next();
+    }
     const QSqlDatabase& source() const { return m_source->db(); }
     const QSqlDatabase& result() const { return m_result->db(); }
     QString source_name() const;
@@ -42,10 +50,22 @@ public:
     bool insert(prepared_statement& insert, const QStringList& values) const;
     // Normal end of a reader: closes everything and logs the end line.
     void finish();
+    // A reader calls this before the statements of each row: a statement of
+    // the source that keeps running longer than k_row_limit_ms after it (a
+    // view in a forged database can compute without end) is stopped and
+    // fails like any other. From then on every long statement of this source
+    // is stopped at once, so such a database costs the limit once a table,
+    // not once a row.
+    void row_started() { m_row_timer.start(); }
+
+    static constexpr qint64 k_row_limit_ms = 10000;
 
 private:
     static constexpr int k_source_cache_kib = 32 * 1024;
+    bool companions_inside(const QString& source_path, const QString& source_root) const;
     void tune_source_cache();
+    void watch_source_statements();
+    static int over_row_limit(void* run);
     void close();
 
     QString m_signature;
@@ -53,4 +73,6 @@ private:
     std::unique_ptr<sqlite_connection_scope> m_result;
     std::unique_ptr<sqlite_connection_scope> m_source;
     std::unique_ptr<prepared_statement> m_rows;
+    QElapsedTimer m_row_timer;
+    bool m_over_limit = false;
 };

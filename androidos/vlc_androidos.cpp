@@ -38,7 +38,8 @@ void vlc_androidos::find_source_file()
     playlist_source.clear();
     // The backup layout keeps an app's private data in r/ below apps/<package>.
     const QString candidate = source_root + k_database_relative;
-    if (QFileInfo::exists(candidate)) {
+    // A database that is a link out of the source is not the evidence's.
+    if (QFileInfo::exists(candidate) && source_path_guard::allow(candidate, source_root, signature)) {
         media_library_source = candidate;
         album_source = candidate;
         playlist_source = candidate;
@@ -51,6 +52,7 @@ void vlc_androidos::extract_plugin_artifacts()
 {
     const QString signature = "void vlc_androidos::extract_plugin_artifacts()";
     plugin_static_function::app_debug("[extract_plugin_artifacts] starts", signature);
+    source_path_guard::reset_log();
 
     if (extraction_allowed()) {
         clear_lookup_caches();
@@ -75,7 +77,7 @@ void vlc_androidos::run_table(const QString& signature, const QString& source_pa
                               bool (vlc_androidos::*insert_rows)(android_source_run&))
 {
     android_source_run run(signature, destination_db_path);
-    if (!run.start(source_path, helper_obj, select_statement))
+    if (!run.start(source_path, source_root, helper_obj, select_statement))
         return;
     // A cancelled or broken-off table closes without its end line.
     if ((this->*insert_rows)(run))

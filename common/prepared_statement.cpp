@@ -49,21 +49,26 @@ bool prepared_statement::binds_null(const QString& value) const
     return value.isNull();
 }
 
-bool prepared_statement::prepare_raw(const QSqlDatabase& db)
+sqlite3* prepared_statement::shared_handle(const QSqlDatabase& db)
 {
 #ifdef __APPLE__
     // Qt's own builds there carry a private SQLite inside the driver; its
     // handle must never reach the system library's calls, whatever the
     // versions say.
-    return false;
+    return nullptr;
 #endif
     const QVariant handle = db.driver() ? db.driver()->handle() : QVariant();
     if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
-        return false;
+        return nullptr;
     // A handle from another SQLite copy must never reach this library's calls.
     if (driver_sqlite_version(db) != QString::fromLatin1(sqlite3_libversion()))
-        return false;
-    sqlite3* connection = *static_cast<sqlite3* const*>(handle.data());
+        return nullptr;
+    return *static_cast<sqlite3* const*>(handle.data());
+}
+
+bool prepared_statement::prepare_raw(const QSqlDatabase& db)
+{
+    sqlite3* connection = shared_handle(db);
     if (!connection)
         return false;
     const QByteArray text = m_statement.toUtf8();
@@ -152,8 +157,14 @@ QString prepared_statement::text(int column) const
         return m_query.value(column).toString();
     // Numbers are formatted here: asking SQLite for their text makes it
     // allocate a copy of each.
-    if (sqlite3_column_type(m_raw, column) == SQLITE_INTEGER)
+    const int type = sqlite3_column_type(m_raw, column);
+    if (type == SQLITE_INTEGER)
         return QString::number(sqlite3_column_int64(m_raw, column));
+    // A real reads as Qt's driver gives it (1.0 as "1", 1e20 as "1e+20"), not
+    // as SQLite's own text ("1.0", "1.0e+20"): readers compare and convert
+    // these texts.
+    if (type == SQLITE_FLOAT)
+        return QVariant(sqlite3_column_double(m_raw, column)).toString();
     const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(m_raw, column));
     if (!data)
         return QString();

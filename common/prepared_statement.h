@@ -20,6 +20,7 @@
 
 #include <memory>
 
+struct sqlite3;
 struct sqlite3_stmt;
 
 class prepared_statement
@@ -39,6 +40,10 @@ public:
     prepared_statement& operator=(const prepared_statement&) = delete;
 
     bool is_prepared() const { return m_raw || m_query_prepared; }
+
+    // The connection's own SQLite handle when its driver runs on the library
+    // this code links; null otherwise (then only Qt may touch the connection).
+    static sqlite3* shared_handle(const QSqlDatabase& db);
 
     // Binds the values in order as text (nulls and empties as the binding
     // says) and runs the statement up to its first row; false when preparing

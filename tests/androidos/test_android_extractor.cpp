@@ -51,7 +51,16 @@ struct android_run
         controller.pub_find_source_file();
         controller.pub_extract_artifacts();
     }
+    void run_on(const QString& root, const QList<QString>& tables)
+    {
+        prepare(root, tables);
+        extract();
+    }
     QString result_db() const { return out.filePath("Artifacts_Result/VLC/VLC.sqlite"); }
+    QList<QVariantList> select(const QString& statement) const
+    {
+        return test_support::query_rows(result_db(), statement);
+    }
     QString tmp_dir() const { return out.filePath("Artifacts_Result/VLC/tmp"); }
     qint64 rows(const QString& table) const { return test_support::count_rows(result_db(), table); }
     QList<int> tab_values() const
@@ -75,6 +84,17 @@ void alter_database(const QString& root, const QStringList& statements)
             QVERIFY2(query.exec(statement), qPrintable(statement));
     }
     QSqlDatabase::removeDatabase("alter_database");
+}
+
+// Puts a view in place of a table whose `column` fails to read (an integer
+// overflow) for the second playlist ("Favourites"); `key` is kept as it is.
+void fail_reads_for_second_playlist(const QString& root, const QString& table, const QString& key,
+                                    const QString& column)
+{
+    alter_database(root, {QString("ALTER TABLE %1 RENAME TO original_%1").arg(table),
+                          QString("CREATE VIEW %1 AS SELECT CASE WHEN %2 = 2 THEN abs(-9223372036854775808) ELSE %3 "
+                                  "END AS %3, %2 FROM original_%1")
+                              .arg(table, key, column)});
 }
 
 void replace_database(const QString& root, const QByteArray& content)
@@ -196,18 +216,79 @@ private slots:
     void a_failing_playlist_member_statement_ends_the_table()
     {
         const QString root = sample_tree("members");
-        // Reading the members of the second playlist ("Favourites") fails.
-        alter_database(root, {"ALTER TABLE PlaylistMediaRelation RENAME TO members",
-                              "CREATE VIEW PlaylistMediaRelation AS SELECT CASE WHEN playlist_id = 2 THEN "
-                              "abs(-9223372036854775808) ELSE media_id END AS media_id, playlist_id FROM members"});
+        fail_reads_for_second_playlist(root, "PlaylistMediaRelation", "playlist_id", "media_id");
         android_run run;
-        run.prepare(root, {"playlists"});
-        run.extract();
-        QCOMPARE(test_support::query_rows(run.result_db(), "select distinct playlist_name from playlists"),
-                 (QList<QVariantList>{{"Road Trip"}}));
+        run.run_on(root, {"playlists"});
+        QCOMPARE(run.select("select distinct playlist_name from playlists"), (QList<QVariantList>{{"Road Trip"}}));
         QCOMPARE(run.rows("playlists"), 2);
         QCOMPARE(run.log.messages_with("query_select_media_id --------FAILED---------- ").size(), 1);
         QCOMPARE(run.tab_values(), QList<int>{1});
+    }
+
+    void real_numbers_read_as_the_driver_writes_them()
+    {
+        const QString root = sample_tree("reals");
+        // Too large for the integer column to keep as an integer: stored as a real.
+        alter_database(root, {"UPDATE Media SET play_count=1e20 WHERE title='Intro'"});
+        android_run run;
+        run.run_on(root, {"media_library"});
+        QCOMPARE(run.select("select play_count from media_library where title='Intro'"),
+                 (QList<QVariantList>{{"1e+20"}}));
+    }
+
+    void a_failing_playlist_name_lookup_gives_no_names()
+    {
+        const QString root = sample_tree("names");
+        fail_reads_for_second_playlist(root, "Playlist", "id_playlist", "name");
+        android_run run;
+        run.run_on(root, {"media_library"});
+        QCOMPARE(run.select("select title,playlist_name from media_library where title in ('Intro','Outro') "
+                            "order by title"),
+                 (QList<QVariantList>{{"Intro", ""}, {"Outro", "Road Trip"}}));
+    }
+
+    void a_database_linked_from_outside_the_source_is_not_read_data()
+    {
+        QTest::addColumn<QStringList>("moved");  // what is moved outside and linked back
+        QTest::newRow("database") << QStringList{"", "-wal", "-shm"};
+        QTest::newRow("write-ahead log") << QStringList{"-wal"};
+    }
+
+    void a_database_linked_from_outside_the_source_is_not_read()
+    {
+        QFETCH(QStringList, moved);
+        const QString root = sample_tree(QString("linked_%1").arg(moved.size()));
+        const QString path = QDir(root).filePath(k_database);
+        const QString outside = trees.filePath(QString("outside_%1_vlc_media.db").arg(moved.size()));
+        for (const QString& suffix : moved)
+            QVERIFY(QFile::rename(path + suffix, outside + suffix));
+        QVERIFY(QFile::link(outside + moved.first(), path + moved.first()));
+        // Twice in one process: each run reports the refusal in its own log.
+        for (int attempt = 0; attempt < 2; ++attempt) {
+            android_run run;
+            run.prepare(root);
+            run.extract();
+            QCOMPARE(run.tab_values(), (QList<int>{1, 2, 3, 4}));
+            for (const QString& table : k_tables)
+                QCOMPARE(run.rows(table), 0);
+            QCOMPARE(run.log.messages_with("path outside the source root ---FAILED---").size(), 1);
+        }
+    }
+
+    void a_lookup_that_never_ends_is_stopped()
+    {
+        const QString root = sample_tree("endless");
+        // A forged database: the audio tracks are a view that counts without end.
+        alter_database(root, {"DROP TABLE AudioTrack",
+                              "CREATE VIEW AudioTrack AS WITH RECURSIVE n(x) AS (SELECT 1 UNION ALL SELECT x + 1 "
+                              "FROM n) SELECT x AS id_track, '' AS codec, 0 AS bitrate, 0 AS samplerate, "
+                              "0 AS nb_channels, '' AS language, '' AS description, x AS media_id FROM n "
+                              "WHERE random() = 0.5"});
+        android_run run;
+        run.run_on(root, {"media_library", "album"});
+        QCOMPARE(run.rows("media_library"), 8);
+        QCOMPARE(run.rows("album"), 3);
+        QVERIFY(!run.log.messages_with("interrupted").isEmpty());
     }
 
     void damaged_databases_are_logged_and_skipped_data()
