@@ -253,6 +253,7 @@ QString olecf_file_parse::start_parsing_olecf(QString file_path, QString export_
     if (parts.size() >= 2)
         jumplist_name = parts.last();
     m_file_size = QFileInfo(file_path).size();
+    m_bytes_left = m_file_size;
     const QString result = jump_list_folder(export_location, user_name, jumplist_name);
     get_root_item(file.get(), &error.error, jumplist_name, export_location, user_name);
     error.release();
@@ -311,8 +312,13 @@ QByteArray olecf_file_parse::get_sub_items_data(libolecf_item_t* item, libolecf_
         return QByteArray();
     }
     // A damaged or hostile directory entry may claim up to 4 GiB; the stream
-    // cannot hold more than the file does.
-    const qint64 wanted = qMin<qint64>(size, m_file_size);
+    // cannot hold more than the file does. Streams of a sound file share no
+    // sectors, so all of them together hold no more than the file either:
+    // entries that point many times at the same data must not multiply what
+    // is read and written. A stream larger than any jump list holds is not read.
+    if (size > k_max_stream_size)
+        return QByteArray();
+    const qint64 wanted = qMin<qint64>(size, m_bytes_left);
     if (wanted <= 0)
         return QByteArray();
     QByteArray data(static_cast<qsizetype>(wanted), '\0');
@@ -323,6 +329,7 @@ QByteArray olecf_file_parse::get_sub_items_data(libolecf_item_t* item, libolecf_
         return QByteArray();
     }
     data.truncate(static_cast<qsizetype>(got));
+    m_bytes_left -= got;
     return data;
 }
 

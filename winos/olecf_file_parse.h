@@ -39,4 +39,7 @@ private:
     // Size of the compound file being read: no stream can hold more, whatever
     // its directory entry claims.
     qint64 m_file_size = 0;
+    // What the streams of the file may still hold between them.
+    qint64 m_bytes_left = 0;
+    static constexpr uint32_t k_max_stream_size = 64u * 1024 * 1024;
 };

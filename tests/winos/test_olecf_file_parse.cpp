@@ -155,6 +155,27 @@ private slots:
             QVERIFY(data.size() <= file.size());
     }
 
+    void entries_sharing_data_read_no_more_than_the_file()
+    {
+        namespace cfw = compound_file_writer;
+        QTemporaryDir dir;
+        QList<cfw::stream> streams{{"1", QByteArray(5000, 'a')}};
+        for (int i = 2; i <= 8; ++i)
+            streams.append({QString::number(i), QByteArray(10, 'b')});
+        QByteArray file = cfw::build(streams);
+        // Every entry now names the first stream's sectors and size.
+        const int first = cfw::directory_entry_offset(file, 1);
+        for (int entry = 2; entry <= 8; ++entry) {
+            const int offset = cfw::directory_entry_offset(file, entry);
+            cfw::set32(file, offset + 116, cfw::get32(file, first + 116));
+            cfw::set32(file, offset + 120, 5000);
+        }
+        qint64 written = 0;
+        for (const QByteArray& data : files_below(split(dir, file)))
+            written += data.size();
+        QVERIFY2(written <= file.size(), qPrintable(QString::number(written)));
+    }
+
     void damaged_files_give_no_output()
     {
         QTemporaryDir dir;
