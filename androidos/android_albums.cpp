@@ -117,15 +117,12 @@ bool vlc_androidos::collect_album_tracks(android_source_run& run, const QString&
                                          android_query& file_name_query, android_query& file_query,
                                          QStringList* item_info, QStringList* export_paths)
 {
-    if (!tracks.execute(album_id)) {
+    QStringList media_ids;
+    if (!android_source_run::read_ids(tracks, album_id, &media_ids)) {
         // The album is still written, as one without tracks.
         run.log_query_failure("query_select_media_id --------FAILED---------- ", tracks);
         return true;
     }
-    QStringList media_ids;
-    while (tracks.next())
-        media_ids << tracks.text(0);
-    tracks.finish();
 
     for (const QString& media_id : media_ids) {
         if (cancel_requested)

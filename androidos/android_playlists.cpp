@@ -40,15 +40,12 @@ bool vlc_androidos::insert_playlist_rows(android_source_run& run)
             return false;
         const QString name = playlist.text(1);
         const QString creation_date = playlist.text(3);
-        if (!members.execute(playlist.text(0))) {
+        QStringList media_ids;
+        if (!android_source_run::read_ids(members, playlist.text(0), &media_ids)) {
             // Nothing more can be trusted of this table: end it, keeping the rows so far.
             run.log_query_failure("query_select_media_id --------FAILED---------- ", members);
             return false;
         }
-        QStringList media_ids;
-        while (members.next())
-            media_ids << members.text(0);
-        members.finish();
 
         for (const QString& media_id : media_ids) {
             if (cancel_requested)

@@ -100,6 +100,16 @@ int android_source_run::over_row_limit(void* run)
     return self->m_over_limit ? 1 : 0;
 }
 
+bool android_source_run::read_ids(prepared_statement& statement, const QString& key, QStringList* ids)
+{
+    if (!statement.execute(key))
+        return false;
+    while (statement.next())
+        *ids << statement.text(0);
+    statement.finish();
+    return true;
+}
+
 QString android_source_run::source_name() const
 {
     return m_source ? m_source->db().databaseName() : QString();

@@ -46,6 +46,9 @@ public:
     // Logs a failed statement the way every reader does: a headline with the
     // source's name, then the error text, then the statement.
     void log_query_failure(const QString& headline, const prepared_statement& statement) const;
+    // Runs a statement for one key and gathers the first column of its rows
+    // (the media of an album or a playlist); false when it failed.
+    static bool read_ids(prepared_statement& statement, const QString& key, QStringList* ids);
     // Inserts one row; false (logged) when it failed.
     bool insert(prepared_statement& insert, const QStringList& values) const;
     // Normal end of a reader: closes everything and logs the end line.
