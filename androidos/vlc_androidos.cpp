@@ -94,38 +94,12 @@ void vlc_androidos::clear_lookup_caches()
 
 QString vlc_androidos::convert_sec_to_hh_mm_ss(QString milliseconds)
 {
-    bool ok = false;
-    qint32 value = milliseconds.toInt(&ok);
-    if (!ok)
-        value = 0;
-    const qint32 hours = value / 3600000;
-    const qint32 remainder = (value / 1000) % 3600;
-    const QString mm_ss = two_digits(remainder / 60) + ":" + two_digits(remainder % 60);
-    const QString hh = two_digits(hours);
-    if (hh != "00")
-        return hh + ":" + mm_ss + " Hrs";
-    return mm_ss + " Min";
-}
-
-QString vlc_androidos::two_digits(qint64 value)
-{
-    // What prepend_zero_for_time(QString::number(value), 2) gives, without
-    // the round trip through text: a negative number reads as 0 there.
-    if (value < 0)
-        return QStringLiteral("00");
-    if (value < 10)
-        return QChar('0') + QString(QChar(char16_t(u'0' + value)));
-    return QString::number(value);
+    return plugin_static_function::duration_text_from_milliseconds(milliseconds);
 }
 
 QString vlc_androidos::prepend_zero_for_time(QString number, int width)
 {
-    // Same text as QString("%1").arg(value, width, 10, '0'), without the
-    // format parsing that costs more than the rest of a row's durations.
-    QString text = QString::number(number.toULongLong(nullptr, 10));
-    if (text.size() < width)
-        text.prepend(QString(width - text.size(), QChar('0')));
-    return text;
+    return plugin_static_function::zero_padded_number(number, width);
 }
 
 QString vlc_androidos::media_path_from_mrl(QString mrl) const

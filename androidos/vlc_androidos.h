@@ -96,7 +96,6 @@ private:
 
     // The File statement, shared by the media library and get_file_path.
     static const QString k_select_file;
-    static QString two_digits(qint64 value);
     // Full path of a media file in the image from its mrl.
     QString media_path_from_mrl(QString mrl) const;
     // A path below the source root as it goes into a row.

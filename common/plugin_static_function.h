@@ -73,6 +73,13 @@ public:
 
     // ---- time and value conversion ---------------------------------------
     static QString get_human_readable_time(QString seconds);
+    // A duration the media libraries store as milliseconds (text), as the
+    // tables show it: "hh:mm:ss Hrs" from one hour on, else "mm:ss Min";
+    // text that is no 32-bit number counts as 0.
+    static QString duration_text_from_milliseconds(const QString& milliseconds);
+    // An unsigned decimal number (as text) at least width characters wide,
+    // padded with "0" on the left; text that is no such number gives 0.
+    static QString zero_padded_number(const QString& number, int width);
     static QString human_readable_size(QString bytes);
     static QString mining_suffix(QString path);
     static QString mining_size(QString path);

@@ -15,9 +15,16 @@ namespace {
 constexpr qint64 k_seconds_1970_to_2001 = 978307200;
 constexpr qint64 k_seconds_1601_to_1970 = 11644473600LL;
 
+// Hours, minutes or seconds as two digits at least, formatted without text
+// patterns: durations are formatted for every row of the largest tables. A
+// negative count reads as 0, as the number read back from its text would.
 QString two_digits(qint64 value)
 {
-    return QString("%1").arg(value, 2, 10, QChar('0'));
+    if (value < 0)
+        return QStringLiteral("00");
+    if (value < 10)
+        return QString(QChar('0')) + QChar(char16_t(u'0' + value));
+    return QString::number(value);
 }
 
 QString epoch_text(const QDateTime& moment)
@@ -109,6 +116,28 @@ QString plugin_static_function::get_human_readable_time(QString seconds)
     if (hours == "00")
         return minutes + ":" + secs + " Min";
     return hours + ":" + minutes + ":" + secs + " Hrs";
+}
+
+QString plugin_static_function::duration_text_from_milliseconds(const QString& milliseconds)
+{
+    bool ok = false;
+    qint32 value = milliseconds.toInt(&ok);
+    if (!ok)
+        value = 0;
+    const qint32 hours = value / 3600000;
+    const qint32 remainder = (value / 1000) % 3600;
+    const QString mm_ss = two_digits(remainder / 60) + ":" + two_digits(remainder % 60);
+    const QString hh = two_digits(hours);
+    if (hh != QLatin1String("00"))
+        return hh + ":" + mm_ss + " Hrs";
+    return mm_ss + " Min";
+}
+
+QString plugin_static_function::zero_padded_number(const QString& number, int width)
+{
+    // The text of QString("%1").arg(value, width, 10, '0') without its
+    // format parsing.
+    return QString::number(number.toULongLong(nullptr, 10)).rightJustified(width, QChar('0'));
 }
 
 QString plugin_static_function::human_readable_size(QString bytes)

@@ -76,22 +76,10 @@ void vlc_macos::extract_podcasts()
 QString vlc_macos::convert_sec_to_hh_mm_ss(QString duration)
 {
     // The text is milliseconds, as the library stores it.
-    bool ok = false;
-    const qint64 milliseconds = duration.trimmed().toInt(&ok);
-    const qint64 value = ok ? milliseconds : 0;
-    const qint64 hours = value / 3600000;
-    const qint64 remainder = (value / 1000) % 3600;
-    const qint64 minutes = remainder / 60;
-    const qint64 seconds = remainder - minutes * 60;
-    const QString hh = prepend_zero_for_time(QString::number(hours), 2);
-    const QString mm = prepend_zero_for_time(QString::number(minutes), 2);
-    const QString ss = prepend_zero_for_time(QString::number(seconds), 2);
-    if (hh != "00")
-        return hh + ":" + mm + ":" + ss + " Hrs";
-    return mm + ":" + ss + " Min";
+    return plugin_static_function::duration_text_from_milliseconds(duration);
 }
 
 QString vlc_macos::prepend_zero_for_time(QString value, int width)
 {
-    return QString::number(value.toUInt()).rightJustified(width, QChar('0'));
+    return plugin_static_function::zero_padded_number(value, width);
 }

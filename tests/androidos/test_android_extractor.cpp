@@ -134,28 +134,6 @@ class test_android_extractor : public QObject
     }
 
 private slots:
-    void durations_read_as_milliseconds_data()
-    {
-        QTest::addColumn<QString>("stored");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("empty") << "" << "00:00 Min";
-        QTest::newRow("just under an hour") << "3599999" << "59:59 Min";
-        QTest::newRow("an hour") << "3600000" << "01:00:00 Hrs";
-        QTest::newRow("hours wider than two digits") << "360000000" << "100:00:00 Hrs";
-        QTest::newRow("negative") << "-3605000" << "00:00 Min";
-        QTest::newRow("beyond 32 bits") << "99999999999" << "00:00 Min";
-        QTest::newRow("not a number") << "12x" << "00:00 Min";
-    }
-
-    void durations_read_as_milliseconds()
-    {
-        QFETCH(QString, stored);
-        QFETCH(QString, shown);
-        QCOMPARE(vlc_androidos::convert_sec_to_hh_mm_ss(stored), shown);
-        QCOMPARE(vlc_androidos::prepend_zero_for_time("7", 2), QString("07"));
-        QCOMPARE(vlc_androidos::prepend_zero_for_time("123", 2), QString("123"));
-    }
-
     void tables_run_in_fixed_order_from_a_working_copy()
     {
         const QString root = sample_tree("order");

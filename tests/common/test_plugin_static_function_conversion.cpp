@@ -83,6 +83,41 @@ private slots:
         QCOMPARE(plugin_static_function::get_human_readable_time(seconds), expected);
     }
 
+    // Durations the media libraries store as milliseconds; the Android and
+    // macOS tables show them through this one formatter.
+    void durations_from_milliseconds_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("hours") << "5025000" << "01:23:45 Hrs";
+        QTest::newRow("minutes") << "65000" << "01:05 Min";
+        QTest::newRow("below a second") << "999" << "00:00 Min";
+        QTest::newRow("just under an hour") << "3599999" << "59:59 Min";
+        QTest::newRow("an hour") << "3600000" << "01:00:00 Hrs";
+        QTest::newRow("hours wider than two digits") << "360000000" << "100:00:00 Hrs";
+        QTest::newRow("empty") << "" << "00:00 Min";
+        QTest::newRow("negative") << "-3605000" << "00:00 Min";
+        QTest::newRow("beyond 32 bits") << "99999999999" << "00:00 Min";
+        QTest::newRow("not a number") << "1h20" << "00:00 Min";
+    }
+
+    void durations_from_milliseconds()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QString, shown);
+        QCOMPARE(plugin_static_function::duration_text_from_milliseconds(stored), shown);
+    }
+
+    void zero_padded_numbers()
+    {
+        QCOMPARE(plugin_static_function::zero_padded_number("7", 2), QString("07"));
+        QCOMPARE(plugin_static_function::zero_padded_number("123", 2), QString("123"));
+        QCOMPARE(plugin_static_function::zero_padded_number("18446744073709551615", 2),
+                 QString("18446744073709551615"));
+        QCOMPARE(plugin_static_function::zero_padded_number("-5", 3), QString("000"));
+        QCOMPARE(plugin_static_function::zero_padded_number("x", 2), QString("00"));
+    }
+
     void human_readable_size_data()
     {
         QTest::addColumn<QString>("bytes");

@@ -100,26 +100,6 @@ private slots:
         QCOMPARE(p::convert_nsdate_to_epoch(nullptr), 0LL);
     }
 
-    void durations_data()
-    {
-        QTest::addColumn<QString>("milliseconds");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("hours") << "5025000" << "01:23:45 Hrs";
-        QTest::newRow("minutes") << "65000" << "01:05 Min";
-        QTest::newRow("zero") << "0" << "00:00 Min";
-        QTest::newRow("not a number") << "1h20" << "00:00 Min";
-        QTest::newRow("beyond 32 bits") << "9999999999" << "00:00 Min";
-        QTest::newRow("hundred hours") << "360000000" << "100:00:00 Hrs";
-        QTest::newRow("below a second") << "999" << "00:00 Min";
-    }
-
-    void durations()
-    {
-        QFETCH(QString, milliseconds);
-        QFETCH(QString, text);
-        QCOMPARE(vlc_macos::convert_sec_to_hh_mm_ss(milliseconds), text);
-    }
-
     void damaged_binary_lists_are_refused()
     {
         const QByteArray valid = plist_writer::keyed_archive({"file:///Users/a/x.mp4", "srvr"});
