@@ -55,7 +55,7 @@ bool vlc_androidos::insert_album_art_rows(android_source_run& run)
             return false;
         const QString thumbnail = get_thumbnail_path(album.text(thumbnail_id), thumbnail_query);
         const QString artist = get_artist_name(album.text(artist_id), artist_query);
-        const QString relative_thumbnail = relative_to_root(thumbnail);
+        const QString relative_thumbnail = path_below_root(thumbnail);
         const QStringList values = {QFileInfo(thumbnail).fileName(),
                                     album_title(album),
                                     relative_thumbnail,
@@ -130,7 +130,7 @@ bool vlc_androidos::collect_album_tracks(android_source_run& run, const QString&
         run.row_started();
         const struct_media media = get_file_name(media_id, file_name_query);
         const struct_file file = get_file_path(media_id, file_query);
-        const QString relative_path = relative_to_root(file.file_path);
+        const QString relative_path = path_below_root(file.file_path);
         *export_paths << relative_path;
         *item_info << "File Name: " + media.file_name + "; File Size: " + file.file_size + "; File Path:" + relative_path;
     }

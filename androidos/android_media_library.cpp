@@ -92,8 +92,8 @@ bool vlc_androidos::insert_media_library_rows(android_source_run& run)
         const QString artist = get_artist_name(album.artist_id, lookups.artist);
         const QString thumbnail = get_thumbnail_path(media.text(9), lookups.thumbnail);
 
-        const QString relative_path = relative_to_root(full_path);
-        const QString relative_thumbnail = relative_to_root(thumbnail);
+        const QString relative_path = path_below_root(full_path);
+        const QString relative_thumbnail = path_below_root(thumbnail);
         QString export_paths = relative_path + k_separator + relative_thumbnail;
         if (export_paths.endsWith(k_separator))
             export_paths.chop(k_separator.size());

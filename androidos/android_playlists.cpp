@@ -56,7 +56,7 @@ bool vlc_androidos::insert_playlist_rows(android_source_run& run)
             QString file_name = media.file_name;
             if (file_name.endsWith(k_separator))
                 file_name.chop(k_separator.size());
-            const QString relative_path = relative_to_root(file.file_path);
+            const QString relative_path = path_below_root(file.file_path);
             const QStringList values = {name,
                                         file_name,
                                         convert_sec_to_hh_mm_ss(media.duration),

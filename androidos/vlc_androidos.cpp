@@ -112,20 +112,10 @@ QString vlc_androidos::media_path_from_mrl(QString mrl) const
     return source_root + "shared/" + mrl;
 }
 
-QString vlc_androidos::relative_to_root(const QString& full_path) const
-{
-    QString path = full_path.trimmed();
-    if (path.startsWith(source_root))
-        path.remove(0, source_root.size());
-    if (!path.startsWith('/') && !path.trimmed().isEmpty())
-        path.prepend('/');
-    return path;
-}
-
 QString vlc_androidos::source_file_text(const QString& source_path) const
 {
     const QStringList parts =
-        plugin_static_function::get_final_artifact_source_file(relative_to_root(source_path), source_root, source_type);
+        plugin_static_function::get_final_artifact_source_file(path_below_root(source_path), source_root, source_type);
     return parts.value(0);
 }
 

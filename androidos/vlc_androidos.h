@@ -98,8 +98,6 @@ private:
     static const QString k_select_file;
     // Full path of a media file in the image from its mrl.
     QString media_path_from_mrl(QString mrl) const;
-    // A path below the source root as it goes into a row.
-    QString relative_to_root(const QString& full_path) const;
     // The relative form of a source database for the source_file column.
     QString source_file_text(const QString& source_path) const;
     void clear_lookup_caches();

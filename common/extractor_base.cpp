@@ -76,3 +76,13 @@ QStringList extractor_base::account_names(const struct_GLOBAL_COMMON_QUARL_AND_A
     }
     return names;
 }
+
+QString extractor_base::path_below_root(const QString& path) const
+{
+    QString below = path.trimmed();
+    if (below.startsWith(source_root))
+        below.remove(0, source_root.size());
+    if (!below.isEmpty() && !below.startsWith('/'))
+        below.prepend('/');
+    return below;
+}

@@ -49,6 +49,9 @@ protected:
     // The accounts' names (and their second names when asked) in record order.
     static QStringList account_names(const struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info& info,
                                      bool with_second_names);
+    // A path on the source as rows show it: the root cut off, with a leading
+    // "/"; an empty path stays empty.
+    QString path_below_root(const QString& path) const;
 
     qint64 record_count = 0;
     int tabs_processed_count = 0;

@@ -195,16 +195,6 @@ QString vlc_macos::size_of(const QFileInfo& info)
     return *known;
 }
 
-QString vlc_macos::path_below_root(const QString& path) const
-{
-    QString relative = path.trimmed();
-    if (!source_root.isEmpty() && relative.startsWith(source_root))
-        relative = relative.mid(source_root.size());
-    if (!relative.startsWith('/'))
-        relative.prepend('/');
-    return relative;
-}
-
 QStringList vlc_macos::source_file_columns(const QString& path) const
 {
     return {plugin_static_function::get_relative_file_path(path, source_root, source_type),

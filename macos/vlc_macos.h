@@ -99,7 +99,6 @@ private:
     media_file_facts gather_media_file_facts(const QString& source_path, const QString& caller,
                                              bool with_file_facts = true);
     QString size_of(const QFileInfo& info);
-    QString path_below_root(const QString& path) const;
     QStringList source_file_columns(const QString& path) const;
     void add_if_inside(QList<QString>& list, const QString& path);
 
