@@ -7,6 +7,7 @@
 // Usage: bench_android [--media N] [--keep DIR]
 
 #include "bench_support.h"
+#include "controller_setup.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -128,17 +129,13 @@ int run_extraction(const QString& root, const QString& out)
         last_cpu += cpu;
         last_records = records;
     });
-    struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info info;
-    info.source_path_1 = root + "/";
-    info.os_scheme_display = "Android";
-    info.os_scheme_internal = "androidOS";
-    controller.pub_set_engine_type(0);
-    controller.pub_set_essentials();
-    controller.pub_set_source_count(1);
-    controller.pub_set_source_info(info);
-    controller.pub_set_essential_for_quarl_desk_extraction(k_tables, {});
-    controller.pub_set_result_directory(out);
-    controller.pub_create_db_tables();
+    controller_setup setup;
+    setup.source.source_path_1 = root + "/";
+    setup.source.os_scheme_display = "Android";
+    setup.source.os_scheme_internal = "androidOS";
+    setup.tables = k_tables;
+    setup.result_dir = out;
+    prepare_controller(controller, setup);
     clock.start();
     controller.pub_find_source_file();
     controller.pub_extract_artifacts();

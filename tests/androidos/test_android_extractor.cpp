@@ -10,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "controller_setup.h"
 #include "debug_log_capture.h"
 #include "sample_trees.h"
 #include "test_support.h"
@@ -33,18 +34,14 @@ struct android_run
 
     void prepare(const QString& root, const QList<QString>& tables = k_tables)
     {
-        struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info info;
-        info.source_path_1 = root + "/";
-        info.os_scheme_display = "Android";
-        info.os_scheme_internal = "androidOS";
-        controller.pub_set_engine_type(0);
-        controller.pub_set_essentials();
-        controller.pub_set_general_info(log.general());
-        controller.pub_set_source_count(1);
-        controller.pub_set_source_info(info);
-        controller.pub_set_essential_for_quarl_desk_extraction(tables, {});
-        controller.pub_set_result_directory(out.path());
-        controller.pub_create_db_tables();
+        controller_setup setup;
+        setup.source.source_path_1 = root + "/";
+        setup.source.os_scheme_display = "Android";
+        setup.source.os_scheme_internal = "androidOS";
+        setup.general = log.general();
+        setup.tables = tables;
+        setup.result_dir = out.path();
+        prepare_controller(controller, setup);
     }
     void extract()
     {

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
+#include "controller_setup.h"
 #include "debug_log_capture.h"
 #include "plist_writer.h"
 #include "sample_trees.h"
@@ -32,21 +33,18 @@ struct macos_session
 
     void prepare(const QStringList& accounts, const QStringList& tables, const QStringList& metadata_keys = {})
     {
-        struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_source_info info;
-        info.source_path_1 = source.path() + "/";
-        info.os_scheme_display = "macOS";
-        info.os_scheme_internal = "macOS";
+        controller_setup setup;
+        setup.source.source_path_1 = source.path() + "/";
+        setup.source.os_scheme_display = "macOS";
+        setup.source.os_scheme_internal = "macOS";
         for (const QString& name : accounts)
-            info.system_account_QList << struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account{name, QString()};
-        controller.pub_set_engine_type(0);
-        controller.pub_set_essentials();
-        controller.pub_set_general_info(log.general());
-        controller.pub_set_source_count(1);
-        controller.pub_set_source_info(info);
-        controller.pub_set_essential_for_quarl_desk_extraction(tables, {});
-        controller.pub_set_result_directory(out.path());
-        controller.pub_create_db_tables();
-        controller.pub_set_extended_attributes_list(metadata_keys);
+            setup.source.system_account_QList
+                << struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account{name, QString()};
+        setup.general = log.general();
+        setup.tables = tables;
+        setup.result_dir = out.path();
+        setup.metadata_keys = metadata_keys;
+        prepare_controller(controller, setup);
     }
     void run()
     {
