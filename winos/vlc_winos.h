@@ -13,7 +13,6 @@
 #include "extractor_base.h"
 #include "prepared_statement.h"
 
-
 class sqlite_connection_scope;
 
 // One recent item taken from a shell link in a jump list.
