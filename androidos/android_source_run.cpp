@@ -35,13 +35,12 @@ bool android_source_run::start(const QString& source_path, const QString& source
         return false;
 
     m_result = std::make_unique<sqlite_connection_scope>(m_signature, m_result_path);
-    if (!m_result->open()) {
+    if (!m_result->open_for_writing()) {
         plugin_static_function::app_debug("Destination Db opening ---FAILED--- " + m_result_path, m_signature);
         plugin_static_function::app_debug(m_result->last_error_text(), m_signature);
         m_result.reset();
         return false;
     }
-    m_result->db().transaction();
 
     m_source = std::make_unique<sqlite_connection_scope>(m_signature + "1", copy);
     if (!m_source->open_read_only()) {
@@ -69,7 +68,7 @@ bool android_source_run::companions_inside(const QString& source_path, const QSt
     // that links out of the source would be read from there.
     for (const char* suffix : {"-wal", "-shm"}) {
         const QString companion = source_path + suffix;
-        if (QFileInfo::exists(companion) && !source_path_guard::allow(companion, source_root, m_signature))
+        if (!source_path_guard::allow(companion, source_root, m_signature))
             return false;
     }
     return true;

@@ -39,7 +39,7 @@ void vlc_androidos::find_source_file()
     // The backup layout keeps an app's private data in r/ below apps/<package>.
     const QString candidate = source_root + k_database_relative;
     // A database that is a link out of the source is not the evidence's.
-    if (QFileInfo::exists(candidate) && source_path_guard::allow(candidate, source_root, signature)) {
+    if (source_path_guard::exists_inside(candidate, source_root, signature)) {
         media_library_source = candidate;
         album_source = candidate;
         playlist_source = candidate;

@@ -41,11 +41,26 @@ namespace {
 // Copies a file from the evidence to the working-copy folder; the evidence is
 // only opened for reading. The copy is made writable for its owner even when
 // the evidence was read-only, so that SQLite can replay a write-ahead log on it.
+// Only a regular file is copied: opening a named pipe in the evidence would
+// wait for a writer for ever.
 bool copy_evidence_file(const QString& from, const QString& to)
 {
-    if (!QFile::copy(from, to))
+    if (!QFileInfo(from).isFile() || !QFile::copy(from, to))
         return false;
     QFile::setPermissions(to, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    return true;
+}
+
+// A companion is taken along only from the database's own folder, which the
+// caller has already checked: one that is a link may lead out of the evidence
+// and is neither followed nor copied. Only the entry itself is looked at
+// (lstat), never what it points to.
+bool is_link(const QString& companion)
+{
+    if (!QFileInfo(companion).isSymLink())
+        return false;
+    plugin_static_function::app_debug("database companion is a link ---FAILED--- not copied: " + companion,
+                                      "QString plugin_helper_functions::get_adhoc_path_for_database(QString)");
     return true;
 }
 
@@ -68,7 +83,7 @@ QString plugin_helper_functions::get_adhoc_path_for_database(QString path)
     copy_evidence_file(source, copy);
     for (const QString& companion : {QString("-shm"), QString("-wal")}) {
         QFile::remove(copy + companion);
-        if (QFileInfo::exists(source + companion))
+        if (!is_link(source + companion))
             copy_evidence_file(source + companion, copy + companion);
     }
     return copy;

@@ -149,11 +149,15 @@ void plugin_static_function::copy_directory(QString source, QString destination)
     // Files only, one level: the callers copy flat folders of small files.
     // Links are left out: one in an evidence folder may point anywhere on the
     // examiner's machine.
-    const QFileInfoList entries =
-        source_dir.entryInfoList(QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks);
-    for (const QFileInfo& entry : entries) {
+    // Walked, not listed: a folder's listing would hold all its entries at once.
+    QDirIterator entries(source, QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks);
+    while (entries.hasNext()) {
         if (bool_cancel_extraction)
             return;
+        entries.next();
+        const QFileInfo entry = entries.fileInfo();
+        if (!entry.isFile())
+            continue;  // a named pipe would block the open below for ever
         QFile in(entry.absoluteFilePath());
         if (!in.open(QIODevice::ReadOnly)) {
             app_debug("[copy_directory] source file open ----FAILED---- :" + in.fileName() + " " + in.errorString(),

@@ -18,6 +18,14 @@ public:
     sqlite_connection_scope& operator=(const sqlite_connection_scope&) = delete;
 
     bool open();
+    // Opens the result database for a run of inserts and takes its write lock
+    // at once. A database that is gone (deleted since it was made) is not made
+    // again empty, and one that another program holds locked fails here after
+    // a short wait: either way one failure, not one per row.
+    bool open_for_writing();
+    // Takes the write lock on an open connection ("BEGIN IMMEDIATE"); the
+    // caller's commit() ends it.
+    bool begin_writing();
     // Opens an evidence working copy read-only; SQLite still replays a -wal
     // companion that sits beside the copy.
     bool open_read_only();
@@ -28,4 +36,5 @@ public:
 private:
     QString m_name;
     QSqlDatabase m_db;
+    QString m_error;  // a failure found before SQLite was asked
 };

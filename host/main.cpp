@@ -244,7 +244,8 @@ int run_extraction(const run_arguments& parsed)
         out("the run was cancelled; rows written before the cancel are kept\n");
     for (const auto& entry : counts) {
         if (entry.second < 0) {
-            err("the result table " + entry.first + " could not be read in " + database);
+            err("the result table " + entry.first + " could not be read in " + database
+                + " (is another program holding it locked?)");
             return k_exit_failed;
         }
     }

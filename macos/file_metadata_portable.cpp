@@ -3,6 +3,7 @@
 // metadata attributes that the volume exposes as extended attributes.
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFileInfo>
 #include <QHash>
 #include <QMimeDatabase>
@@ -29,6 +30,19 @@ QString attribute_text(const QByteArray& value)
     return QString::fromUtf8(text).trimmed();
 }
 
+// Counted while walking: a listing would hold every name of a folder that
+// may have a million entries.
+qint64 entry_count(const QString& folder)
+{
+    qint64 count = 0;
+    QDirIterator entries(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    while (entries.hasNext()) {
+        entries.next();
+        ++count;
+    }
+    return count;
+}
+
 class portable_metadata_reader : public file_metadata_reader
 {
 public:
@@ -40,10 +54,8 @@ public:
         const file_times::times times = file_times::of(path);
         record.fs_creation_date = times.birth;
         record.fs_content_change_date = times.modification;
-        if (info.isDir()) {
-            record.fs_node_count = QString::number(
-                QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot).size());
-        }
+        if (info.isDir())
+            record.fs_node_count = QString::number(entry_count(path));
         const mime_texts& mime = mime_of(info);
         record.content_type = mime.name;
         record.kind = mime.comment;

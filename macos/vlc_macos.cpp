@@ -60,8 +60,9 @@ void vlc_macos::filter_extended_attribute_list()
 
 void vlc_macos::add_if_inside(QList<QString>& list, const QString& path)
 {
-    // A file of the player that is a link out of the source is not read.
-    if (QFileInfo::exists(path) && source_path_guard::allow(path, source_root, sig_find_source_file))
+    // A file of the player that is a link out of the source is not read; the
+    // guard answers before anything is asked about the file itself.
+    if (source_path_guard::exists_inside(path, source_root, sig_find_source_file))
         list << path;
 }
 

@@ -37,13 +37,12 @@ void vlc_macos::extract_media_library()
 {
     plugin_static_function::app_debug("[extract_media_library] starts", sig_media_library);
     sqlite_connection_scope connection(sig_media_library, destination_db_path);
-    if (!connection.open()) {
+    if (!connection.open_for_writing()) {
         plugin_static_function::app_debug(
             "[extract_media_library] destination db open -------FAILED------- " + connection.last_error_text(),
             sig_media_library);
         return;
     }
-    connection.db().transaction();
     prepared_statement insert(connection.db(), k_insert_media_library, prepared_statement::text_binding::empty_as_null);
     const auto stop = [this] { return cancel_requested; };
 
@@ -85,6 +84,11 @@ void vlc_macos::extract_media_library()
                     sig_media_library);
             }
         }
+        if (reader.token_too_large())
+            plugin_static_function::app_debug("[extract_media_library] a single entry is larger than the read limit "
+                                              "---FAILED--- rest of the file left unread: "
+                                                  + library_file,
+                                              sig_media_library);
         if (reader.reached_end_of_document())
             plugin_static_function::app_debug("[extract_media_library] end of document ---------FOUND-----",
                                               sig_media_library);

@@ -25,13 +25,12 @@ void vlc_macos::extract_podcasts()
 {
     plugin_static_function::app_debug("[extract_podcasts] starts", sig_podcasts);
     sqlite_connection_scope connection(sig_podcasts, destination_db_path);
-    if (!connection.open()) {
+    if (!connection.open_for_writing()) {
         plugin_static_function::app_debug("[extract_podcasts] destination db open -------FAILED------- "
                                               + connection.last_error_text(),
                                           sig_podcasts);
         return;
     }
-    connection.db().transaction();
     prepared_statement insert(connection.db(), k_insert_podcasts, prepared_statement::text_binding::empty_as_null);
 
     for (const QString& configuration : configuration_files) {

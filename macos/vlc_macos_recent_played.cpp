@@ -38,7 +38,7 @@ void vlc_macos::xcode_extract_recent_played_11_12(QString file_path, QString use
 {
     plugin_static_function::app_debug("[xcode_extract_recent_played_11_12] START", sig_recent_played);
     sqlite_connection_scope connection(sig_recent_played, destination_db_path);
-    if (!connection.open()) {
+    if (!connection.open_for_writing()) {
         plugin_static_function::app_debug(
             "[xcode_extract_recent_played_11_12]open destination DB ------FAILED-------", sig_recent_played);
         return;
@@ -49,7 +49,6 @@ void vlc_macos::xcode_extract_recent_played_11_12(QString file_path, QString use
         plugin_static_function::app_debug("end with failure", sig_recent_played);
         return;
     }
-    connection.db().transaction();
     prepared_statement insert(connection.db(), k_insert_recent_played, prepared_statement::text_binding::empty_as_null);
     const QStringList source_columns = source_file_columns(file_path);
 

@@ -51,7 +51,7 @@ void vlc_macos::xcode_extract_recents_items(QString file_path, QString db_path, 
 {
     plugin_static_function::app_debug("[extract_recents_items] starts.", sig_recents);
     sqlite_connection_scope connection(sig_recents, db_path);
-    if (!connection.open()) {
+    if (!connection.open_for_writing()) {
         plugin_static_function::app_debug("[extract_recents_items] open destination DB------FAILED--------",
                                           sig_recents);
         return;
@@ -78,7 +78,6 @@ void vlc_macos::xcode_extract_recents_items(QString file_path, QString db_path, 
         return;
     }
 
-    connection.db().transaction();
     prepared_statement insert(connection.db(), k_insert_recents, prepared_statement::text_binding::empty_as_null);
     const QString source_file = path_below_root(file_path);
     const uint32_t count = plist_array_get_size(items);
@@ -104,7 +103,7 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
 {
     plugin_static_function::app_debug("[xcode_extract_recents_items_11_12] START", sig_recents_11_12);
     sqlite_connection_scope connection(sig_recents_11_12, db_path);
-    if (!connection.open()) {
+    if (!connection.open_for_writing()) {
         plugin_static_function::app_debug(
             "[xcode_extract_recents_items_11_12]open destination DB ------FAILED-------", sig_recents_11_12);
         return;
@@ -121,7 +120,6 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
         plugin_static_function::app_debug("[xcode_extract_recents_items_11_12]- Array is Nil for the..",
                                           sig_recents_11_12);
 
-    connection.db().transaction();
     prepared_statement insert(connection.db(), k_insert_recents_11_12, prepared_statement::text_binding::empty_as_null);
     // Both source columns as the older list's rows give them.
     const QString source_file = path_below_root(file_path);

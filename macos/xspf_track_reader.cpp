@@ -21,12 +21,42 @@ const child_field k_children[] = {
 
 }  // namespace
 
+token_bounded_device::token_bounded_device(QIODevice* source, qint64 cap) : m_source(source), m_cap(cap)
+{
+    // Unbuffered: what the XML reader asks for is what is counted.
+    open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+}
+
+qint64 token_bounded_device::readData(char* data, qint64 max_size)
+{
+    if (m_since_token >= m_cap) {
+        m_cap_reached = true;
+        return 0;
+    }
+    const qint64 got = m_source->read(data, qMin(max_size, m_cap - m_since_token));
+    if (got > 0)
+        m_since_token += got;
+    return got;
+}
+
+xspf_track_reader::xspf_track_reader(QIODevice* device, qint64 max_token_bytes)
+    : m_input(device, max_token_bytes), m_xml(&m_input)
+{
+}
+
+QXmlStreamReader::TokenType xspf_track_reader::read_next()
+{
+    const QXmlStreamReader::TokenType token = m_xml.readNext();
+    m_input.token_returned();
+    return token;
+}
+
 bool xspf_track_reader::next(xspf_track* track, const std::function<bool()>& stop)
 {
     while (!m_xml.atEnd() && !m_xml.hasError()) {
         if (stop())
             return false;
-        const QXmlStreamReader::TokenType token = m_xml.readNext();
+        const QXmlStreamReader::TokenType token = read_next();
         if (token == QXmlStreamReader::EndDocument) {
             m_end_of_document = true;
             return false;
@@ -45,7 +75,7 @@ bool xspf_track_reader::read_track(xspf_track* track, const std::function<bool()
     while (!m_xml.atEnd()) {
         if (stop())
             return false;
-        const QXmlStreamReader::TokenType token = m_xml.readNext();
+        const QXmlStreamReader::TokenType token = read_next();
         if (m_xml.hasError())
             return false;  // a damaged track is not a row
         if ((token == QXmlStreamReader::StartElement || token == QXmlStreamReader::EndElement)
@@ -77,6 +107,7 @@ void xspf_track_reader::read_child(xspf_track* track, QString* seen)
             return;
         seen->append(child.mark);
         track->*(child.field) = m_xml.readElementText(QXmlStreamReader::SkipChildElements);
+        m_input.token_returned();
         return;
     }
 }

@@ -326,7 +326,9 @@ void vlc::create_db_tables()
     plugin_static_function::app_debug("[create_db_tables] STARTS", signature);
 
     sqlite_connection_scope connection(signature, result_database_path);
-    if (result_database_path.isEmpty() || !connection.open()) {
+    // The write lock is taken before the first table: a database another
+    // program holds locked gives one failure here, not one per table.
+    if (result_database_path.isEmpty() || !connection.open() || !connection.begin_writing()) {
         plugin_static_function::app_debug(
             "[create_db_tables]Destination Db opening ---------FAILED--------- for table creation", signature);
         plugin_static_function::app_debug(connection.last_error_text(), signature);
@@ -340,6 +342,7 @@ void vlc::create_db_tables()
                                               signature);
     }
 
+    connection.db().commit();
     connection.db().close();
     plugin_static_function::app_debug("[create_db_tables] ENDS", signature);
 }

@@ -52,7 +52,7 @@ void vlc_winos::find_source_file()
             const QString path = source_root + "Users/" + user + candidate.suffix;
             // A candidate that is a link out of the source (or a user name
             // that climbs out of it) counts as absent: it is never read.
-            if (QFileInfo::exists(path) && source_path_guard::allow(path, source_root, sig_find))
+            if (source_path_guard::exists_inside(path, source_root, sig_find))
                 candidate.list->append(path);
             else
                 plugin_static_function::app_debug("[find_source_file]----  FILE NOT EXISTS" + path, sig_find);
@@ -145,11 +145,10 @@ void vlc_winos::insert_row(prepared_statement& insert, const QStringList& values
 std::unique_ptr<prepared_statement> vlc_winos::begin_table_run(sqlite_connection_scope& scope, const QString& insert,
                                                                const QString& open_failure, const QString& signature)
 {
-    if (!scope.open()) {
+    if (!scope.open_for_writing()) {
         plugin_static_function::app_debug(open_failure + scope.last_error_text(), signature);
         return nullptr;
     }
-    scope.db().transaction();
     // Text columns hold text: a value the evidence lacks is an empty text, not NULL.
     return std::make_unique<prepared_statement>(scope.db(), insert, prepared_statement::text_binding::null_as_empty);
 }

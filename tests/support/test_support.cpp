@@ -157,7 +157,12 @@ QMap<QString, QByteArray> snapshot_tree(const QString& root)
                           + QByteArray::number(info.lastModified().toMSecsSinceEpoch()) + ":";
         if (info.isSymLink()) {
             fact += "link:" + info.symLinkTarget().toUtf8();
-        } else if (info.isFile()) {
+            snapshot.insert(QDir(root).relativeFilePath(info.filePath()), fact);
+            continue;
+        }
+        // The mode bits too: a change of them alters the evidence as well.
+        fact += QByteArray::number(uint(info.permissions()), 16) + ":";
+        if (info.isFile()) {
             QFile file(info.filePath());
             QCryptographicHash hash(QCryptographicHash::Sha256);
             if (file.open(QIODevice::ReadOnly))

@@ -43,7 +43,7 @@ QString dump_table(const QString& database_path, const QString& table, const QSt
 // a match, otherwise a readable difference.
 QString compare_with_golden(const QString& name, const QString& text);
 
-// Content hash, size and modification time of every entry below root
+// Content hash, size, modification time and mode of every entry below root
 // (links not followed), keyed by relative path.
 QMap<QString, QByteArray> snapshot_tree(const QString& root);
 
