@@ -1,8 +1,10 @@
 // Memory of the folder walks: one user whose cover-art cache holds N pictures
 // in one folder and whose jump-list folder holds N other entries beside the
-// player's two jump lists, run end to end through the real plug-in (album_art
-// and recents). Each size runs in a fresh process so that its peak memory is
-// its own; with walks that stream, the peak must not grow with N.
+// player's two jump lists, run end to end through the real plug-in (Windows
+// album_art and recents); and, read as a macOS home, a media library naming
+// that folder, whose size and entry count are walked (macOS media_library).
+// Each run is a fresh process so that its peak memory is its own; with walks
+// that stream, the peak must not grow with N.
 // Usage: bench_folder_walks [--sizes 10000,1000000] [--parent DIR] [--plugin PATH]
 // The trees go below --parent (default /dev/shm: creating a million inodes on
 // a disk-backed temporary folder takes far longer than the run measured).
@@ -23,6 +25,7 @@
 #include "shell_link_writer.h"
 #include "test_support.h"
 #include "tree_writer.h"
+#include "xspf_writer.h"
 
 namespace {
 
@@ -52,16 +55,31 @@ bool write_tree(const QString& root, int entries)
     for (int i = 0; i < 20; ++i)
         links << shell_link_writer::build(
             shell_link_writer::media_link(QString("C:\\Users\\walker\\Music\\%1.mp3").arg(i), 1700000000 + i, 1000));
+    xspf_writer library;
+    xspf_entry folder;
+    folder.location = "file:///" + k_art;
+    if (!library.open(root + "/Users/walker/Library/Application Support/org.videolan.vlc/ml.xspf"))
+        return false;
+    library.add(folder);
     QString error;
-    return make_empty_files(root + "/" + k_art, "cover%1.png", entries)
+    return library.close() && make_empty_files(root + "/" + k_art, "cover%1.png", entries)
            && make_empty_files(root + "/" + k_recent, "%1.customDestinations-ms", entries)
            && tree_writer::write_file(root, k_recent + "/9fda41b86ddcf1db.automaticDestinations-ms",
                                       compound_file_writer::jump_list(links), &error);
 }
 
-// Child: one extraction; prints seconds, album_art rows, recents rows, peak KiB.
-int child_run(const QString& plugin, const QString& source, const QString& out)
+struct scheme_run
 {
+    QString scheme;
+    QStringList tables;
+};
+
+const scheme_run k_runs[] = {{"winOS", {"album_art", "recents"}}, {"macOS", {"media_library"}}};
+
+// Child: one extraction; prints seconds, the rows of each table, peak KiB.
+int child_run(const QString& plugin, const QString& source, const QString& out, int which)
+{
+    const scheme_run& run = k_runs[which];
     plugin_session session;
     QString problem;
     if (!session.load(plugin, &problem)) {
@@ -70,18 +88,19 @@ int child_run(const QString& plugin, const QString& source, const QString& out)
     }
     session_options options;
     options.source_root = source;
-    options.os_scheme = "winOS";
+    options.os_scheme = run.scheme;
     options.out_dir = out;
     options.users = {k_user};
-    options.tables = {"album_art", "recents"};
+    options.tables = run.tables;
     QElapsedTimer timer;
     timer.start();
     session.run(options);
     const QString database = plugin_session::result_database_path(out);
-    std::printf("%.3f %lld %lld %ld\n", double(timer.nsecsElapsed()) / 1e9,
-                static_cast<long long>(test_support::count_rows(database, "album_art")),
-                static_cast<long long>(test_support::count_rows(database, "recents")),
-                bench_support::peak_memory_kb());
+    QStringList rows;
+    for (const QString& table : run.tables)
+        rows << QString("%1 %2 rows").arg(test_support::count_rows(database, table)).arg(table);
+    std::printf("%.3f s, %s, peak memory %.1f MB\n", double(timer.nsecsElapsed()) / 1e9, qPrintable(rows.join(", ")),
+                bench_support::peak_memory_kb() / 1024.0);
     return 0;
 }
 
@@ -96,8 +115,8 @@ int main(int argc, char** argv)
     QStringList sizes = {"10000", "1000000"};
     for (int i = 1; i < args.size(); ++i) {
         const QString a = args.at(i);
-        if (a == "--child-run" && i + 2 < args.size())
-            return child_run(plugin, args.at(i + 1), args.at(i + 2));
+        if (a == "--child-run" && i + 3 < args.size())
+            return child_run(plugin, args.at(i + 1), args.at(i + 2), args.at(i + 3).toInt() % 2);
         if (i + 1 >= args.size())
             break;
         if (a == "--sizes")
@@ -120,18 +139,19 @@ int main(int argc, char** argv)
         }
         std::printf("%d entries in each folder written in %.1f s\n", entries, writing.elapsed() / 1000.0);
         std::fflush(stdout);
-        QProcess child;
-        child.start(QCoreApplication::applicationFilePath(),
-                    {"--plugin", plugin, "--child-run", source, scratch.filePath("out")});
-        if (!child.waitForFinished(-1) || child.exitCode() != 0) {
-            std::fprintf(stderr, "run failed: %s\n", child.readAllStandardError().constData());
-            return 1;
+        for (int which = 0; which < 2; ++which) {
+            QProcess child;
+            child.start(QCoreApplication::applicationFilePath(),
+                        {"--plugin", plugin, "--child-run", source, scratch.filePath(QString("out%1").arg(which)),
+                         QString::number(which)});
+            if (!child.waitForFinished(-1) || child.exitCode() != 0) {
+                std::fprintf(stderr, "run failed: %s\n", child.readAllStandardError().constData());
+                return 1;
+            }
+            std::printf("%d entries, %s: %s", entries, qPrintable(k_runs[which].scheme),
+                        child.readAllStandardOutput().constData());
+            std::fflush(stdout);
         }
-        const QStringList fields = QString::fromLatin1(child.readAllStandardOutput()).trimmed().split(' ');
-        std::printf("%d entries: %s s, %s album_art rows, %s recents rows, peak memory %.1f MB\n", entries,
-                    qPrintable(fields.value(0)), qPrintable(fields.value(1)), qPrintable(fields.value(2)),
-                    fields.value(3).toLong() / 1024.0);
-        std::fflush(stdout);
     }
     return 0;
 }
