@@ -21,7 +21,7 @@
 #include <unistd.h>
 
 #include "compound_file_writer.h"
-#include "plugin_session.h"
+#include "bench_session.h"
 #include "shell_link_writer.h"
 #include "test_support.h"
 #include "tree_writer.h"
@@ -80,26 +80,20 @@ const scheme_run k_runs[] = {{"winOS", {"album_art", "recents"}}, {"macOS", {"me
 int child_run(const QString& plugin, const QString& source, const QString& out, int which)
 {
     const scheme_run& run = k_runs[which];
-    plugin_session session;
-    QString problem;
-    if (!session.load(plugin, &problem)) {
-        std::fprintf(stderr, "%s\n", qPrintable(problem));
-        return 1;
-    }
     session_options options;
     options.source_root = source;
     options.os_scheme = run.scheme;
     options.out_dir = out;
     options.users = {k_user};
     options.tables = run.tables;
-    QElapsedTimer timer;
-    timer.start();
-    session.run(options);
+    const double seconds = bench_session::timed_run(plugin, options);
+    if (seconds < 0)
+        return 1;
     const QString database = plugin_session::result_database_path(out);
     QStringList rows;
     for (const QString& table : run.tables)
         rows << QString("%1 %2 rows").arg(test_support::count_rows(database, table)).arg(table);
-    std::printf("%.3f s, %s, peak memory %.1f MB\n", double(timer.nsecsElapsed()) / 1e9, qPrintable(rows.join(", ")),
+    std::printf("%.3f s, %s, peak memory %.1f MB\n", seconds, qPrintable(rows.join(", ")),
                 bench_support::peak_memory_kb() / 1024.0);
     return 0;
 }

@@ -23,7 +23,7 @@
 #include <cstdio>
 
 #include "compound_file_writer.h"
-#include "plugin_session.h"
+#include "bench_session.h"
 #include "shell_link_writer.h"
 #include "test_support.h"
 #include "tree_writer.h"
@@ -60,22 +60,15 @@ bool write_tree(const QString& root, int users, int links_per_list)
 // and the process's processor time (user + system, start-up included).
 int child_run(const QString& plugin, const QString& source, const QString& out, const QStringList& users)
 {
-    plugin_session session;
-    QString problem;
-    if (!session.load(plugin, &problem)) {
-        std::fprintf(stderr, "%s\n", qPrintable(problem));
-        return 1;
-    }
     session_options options;
     options.source_root = source;
     options.os_scheme = "winOS";
     options.out_dir = out;
     options.users = users;
     options.tables = {"recents"};
-    QElapsedTimer timer;
-    timer.start();
-    session.run(options);
-    const double seconds = double(timer.nsecsElapsed()) / 1e9;
+    const double seconds = bench_session::timed_run(plugin, options);
+    if (seconds < 0)
+        return 1;
     const qint64 rows = test_support::count_rows(plugin_session::result_database_path(out), "recents");
     std::printf("%.4f %lld %ld %.4f\n", seconds, static_cast<long long>(rows), bench_support::peak_memory_kb(),
                 bench_support::cpu_seconds());
