@@ -12,6 +12,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <algorithm>
+
 #include "android_media_db_writer.h"
 #include "compound_file_writer.h"
 #include "plist_writer.h"
@@ -94,7 +96,7 @@ bool write_media_links(const QString& root, const QString& folder, const QString
 // The trap paths below a media folder, as the player would write them.
 QStringList trap_paths(const QString& folder, const QString& separator)
 {
-    QStringList paths = {folder + "/../../../outside_zone/" + k_canary + ".mp3",
+    QStringList paths = {folder + "/../../../../outside_zone/" + k_canary + ".mp3",
                          folder + "/abs_link.mp3",
                          folder + "/rel_link.mp3",
                          folder + "/outdir/" + k_canary + ".mp3",
@@ -113,7 +115,7 @@ bool write_macos_traps(const QString& root, const QString& outside)
     QStringList urls;
     for (const QString& path : trap_paths("/Users/mallory/Music", "/"))
         urls << "file://" + path;
-    urls << "file:///Users/mallory/Music/%2E%2E/%2E%2E/%2E%2E/outside_zone/" + k_canary + ".mp3";
+    urls << "file:///Users/mallory/Music/%2E%2E/%2E%2E/%2E%2E/%2E%2E/outside_zone/" + k_canary + ".mp3";
     xspf_writer library;
     if (!write_media_links(root, "Users/mallory/Music", outside)
         || !library.open(root + "/Users/mallory/Library/Application Support/org.videolan.vlc/ml.xspf"))
@@ -258,9 +260,13 @@ private slots:
         QTest::addColumn<QStringList>("users");
         // Tables whose rows show only what was found: a trap may not be named there at all.
         QTest::addColumn<QStringList>("found_only");
-        QTest::newRow("macOS") << "macOS" << QStringList{"alice", "bob", "mallory", "eve"} << QStringList{};
-        QTest::newRow("winOS") << "winOS" << QStringList{"carol", "dave", "mallory", "trudy"} << QStringList{};
-        QTest::newRow("androidOS") << "androidOS" << QStringList{} << QStringList{"album_art"};
+        // Where the media traps lie below the root.
+        QTest::addColumn<QString>("media_folder");
+        QTest::newRow("macOS") << "macOS" << QStringList{"alice", "bob", "mallory", "eve"} << QStringList{}
+                               << "Users/mallory/Music";
+        QTest::newRow("winOS") << "winOS" << QStringList{"carol", "dave", "mallory", "trudy"} << QStringList{}
+                               << "Users/mallory/Music";
+        QTest::newRow("androidOS") << "androidOS" << QStringList{} << QStringList{"album_art"} << "shared/0/Music";
     }
 
     void no_row_shows_anything_from_outside_the_source()
@@ -268,6 +274,7 @@ private slots:
         QFETCH(QString, scheme);
         QFETCH(QStringList, users);
         QFETCH(QStringList, found_only);
+        QFETCH(QString, media_folder);
         QTemporaryDir base;
         const QString root = base.filePath("evidence");
         outside_zone outside;
@@ -313,7 +320,13 @@ private slots:
         }
         const QStringList refusals =
             test_support::log_messages(test_support::read_lines(log)).filter("path outside the source root");
-        QVERIFY(!refusals.isEmpty());
+        // Every media trap was looked at and refused, not merely missed.
+        for (const QString& trap : trap_paths(media_folder, "/")) {
+            const QString expected = "treated as absent: " + root + "/" + trap;
+            const auto refused = [&expected](const QString& message) { return message.endsWith(expected); };
+            QVERIFY2(std::any_of(refusals.begin(), refusals.end(), refused), qPrintable(trap));
+        }
+        qInfo("%s: %lld distinct paths refused", qPrintable(scheme), static_cast<long long>(refusals.size()));
         // Each refused path is logged once.
         QCOMPARE(QSet<QString>(refusals.begin(), refusals.end()).size(), refusals.size());
     }
