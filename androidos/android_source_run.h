@@ -27,10 +27,12 @@ public:
     android_source_run(const android_source_run&) = delete;
     android_source_run& operator=(const android_source_run&) = delete;
 
-    // Logs the start, then copies, opens and selects; false (with the failure
-    // logged) when there is nothing to read.
-    bool start(const QString& source_path, const QString& source_root, plugin_helper_functions* helper,
-               const QString& select_statement);
+    // Logs the start, then copies and opens; false (with the failure logged)
+    // when there is nothing to read.
+    bool open(const QString& source_path, const QString& source_root, plugin_helper_functions* helper);
+    // Runs the reader's main statement on the open copy; false (logged) when
+    // it failed.
+    bool select(const QString& select_statement);
 
     prepared_statement& rows() { return *m_rows; }
     // The next row of the main statement; starts that row's time.
