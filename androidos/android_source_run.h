@@ -66,7 +66,7 @@ public:
     static constexpr qint64 k_row_limit_ms = 10000;
 
 private:
-    static constexpr int k_source_cache_kib = 32 * 1024;
+    static constexpr int k_source_cache_kib = 64 * 1024;
     bool companions_inside(const QString& source_path, const QString& source_root) const;
     void tune_source_cache();
     void watch_source_statements();

@@ -20,6 +20,9 @@ const char* const k_file_system_storage[] = {"data/media/", "media/"};
 
 QString vlc_androidos::phone_path_of_mrl(const QString& mrl)
 {
+    // A stream (http://, smb://, ...) has no file on the phone.
+    if (!mrl.startsWith("file://") && mrl.contains("://"))
+        return QString();
     const QString path = mrl.startsWith("file://") ? mrl.mid(7) : mrl;
     return QUrl::fromPercentEncoding(path.toUtf8());
 }

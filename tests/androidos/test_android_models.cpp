@@ -12,6 +12,7 @@
 #include "android_media_db_writer.h"
 #include "sample_trees.h"
 #include "test_support.h"
+#include "tree_writer.h"
 
 namespace {
 
@@ -167,6 +168,34 @@ private slots:
                        {"Favourites", "clip.mp4", clip, "YES"},
                        {"Road Trip", "01 Intro.mp3", intro, "YES"},
                        {"Road Trip", "02 Outro.flac", outro, "YES"}}));
+    }
+
+    void file_system_paths_stay_inside_the_source()
+    {
+        const QString root = scratch.filePath("climbing");
+        QString error;
+        QVERIFY2(write_android_model_tree(root, 38, android_layout::file_system_data_media, &error),
+                 qPrintable(error));
+        QVERIFY(tree_writer::write_file(scratch.filePath("outside.mp4"), "not evidence"));
+        {
+            QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "climbing");
+            db.setDatabaseName(root + "/data/data/org.videolan.vlc/app_db/vlc_media.db");
+            QVERIFY(db.open());
+            QSqlQuery query(db);
+            for (const QString& statement :
+                 {QString("INSERT INTO Media(id_media,type,title,import_type) VALUES(90,1,'Climbing',0),"
+                          "(91,4,'Radio',0)"),
+                  QString("INSERT INTO File(media_id,mrl,is_removable,is_external,is_network) VALUES"
+                          "(90,'file:///storage/emulated/0/../../../../../outside.mp4',0,0,0),"
+                          "(91,'http://radio.example/0/live.mp3',0,0,1)")})
+                QVERIFY2(query.exec(statement), qPrintable(statement));
+        }
+        QSqlDatabase::removeDatabase("climbing");
+        const QString result = run_host_on(root, scratch.filePath("climbing_out"));
+        QCOMPARE(text_rows(result, "select title,file_exist,suffix from media_library where title in "
+                                   "('Climbing','Radio') order by title"),
+                 (rows{{"Climbing", "NO", "mp4"}, {"Radio", "NO", ""}}));
+        QCOMPARE(text_rows(result, "select location from media_library where title='Radio'"), (rows{{""}}));
     }
 
     void upgraded_create_text_is_read_by_column_name_data()
