@@ -214,7 +214,8 @@ QString vlc_androidos::thumbnail_of(const QString& reference, bool mrl_in_row, a
 {
     if (!mrl_in_row)
         return get_thumbnail_path(reference, query);
-    static const QString signature = QStringLiteral("QString vlc_androidos::thumbnail_of(const QString&, bool, android_query&)");
+    static const QString signature =
+        QStringLiteral("QString vlc_androidos::thumbnail_of(const QString&, bool, android_query&)");
     if (reference.isEmpty())
         return QString();
     auto cached = thumbnail_path_cache.constFind(reference);

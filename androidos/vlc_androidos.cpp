@@ -113,7 +113,8 @@ void vlc_androidos::use_file_system_layout()
 }
 
 void vlc_androidos::run_table(const QString& signature, const QString& source_path,
-                              QString android_statements::*select, bool (vlc_androidos::*insert_rows)(android_source_run&))
+                              QString android_statements::*select,
+                              bool (vlc_androidos::*insert_rows)(android_source_run&))
 {
     android_source_run run(signature, destination_db_path);
     if (!run.open(source_path, source_root, helper_obj))

@@ -158,7 +158,8 @@ private slots:
                        {"Night Drive", "Night Drive.jpg", cover, "Nina Sol", "2"},
                        {"Unknown Album", "", "", "Kid Ascii", "1"}}));
         QCOMPARE(text_rows(
-                     result, "select album_name,album_item_count,artist,export_file_paths from album order by album_name"),
+                     result,
+                     "select album_name,album_item_count,artist,export_file_paths from album order by album_name"),
                  (rows{{"Empty Album", "0", "", ""},
                        {"Night Drive", "2", "Nina Sol", intro + sep + outro},
                        {"Unknown Album", "1", "Kid Ascii", ""}}));
