@@ -14,10 +14,6 @@ const QString k_album_art_signature = "void vlc_androidos::extract_album_art()";
 const QString k_album_signature = "void vlc_androidos::extract_album()";
 const QString k_separator = ";++::++;";
 
-const QString k_select_album =
-    "SELECT id_album,title,artist_id,release_year,short_summary,thumbnail_id,nb_tracks,duration,nb_discs,is_present "
-    "from Album ";
-const QString k_select_album_tracks = "SELECT media_id from AlbumTrack where album_id = ? ";
 const QString k_insert_album_art =
     "insert into album_art(bookmark,file_name,art_file_name,file_path,duration,no_of_tracks,artist,"
     "preview_file_path,export_file_paths,source_file,os_scheme_display,source_count_name) "
@@ -39,7 +35,7 @@ QString album_title(const prepared_statement& album)
 
 void vlc_androidos::extract_album_art()
 {
-    run_table(k_album_art_signature, album_source, k_select_album, &vlc_androidos::insert_album_art_rows);
+    run_table(k_album_art_signature, album_source, &android_statements::album, &vlc_androidos::insert_album_art_rows);
 }
 
 bool vlc_androidos::insert_album_art_rows(android_source_run& run)
@@ -53,7 +49,8 @@ bool vlc_androidos::insert_album_art_rows(android_source_run& run)
     while (run.next_row()) {
         if (cancel_requested)
             return false;
-        const QString thumbnail = get_thumbnail_path(album.text(thumbnail_id), thumbnail_query);
+        const QString thumbnail =
+            thumbnail_of(album.text(thumbnail_id), database_shape.album_thumbnail_in_row(), thumbnail_query);
         const QString artist = get_artist_name(album.text(artist_id), artist_query);
         const QString relative_thumbnail = path_below_root(thumbnail);
         const QStringList values = {QFileInfo(thumbnail).fileName(),
@@ -75,13 +72,13 @@ bool vlc_androidos::insert_album_art_rows(android_source_run& run)
 
 void vlc_androidos::extract_album()
 {
-    run_table(k_album_signature, album_source, k_select_album, &vlc_androidos::insert_album_rows);
+    run_table(k_album_signature, album_source, &android_statements::album, &vlc_androidos::insert_album_rows);
 }
 
 bool vlc_androidos::insert_album_rows(android_source_run& run)
 {
     prepared_statement insert(run.result(), k_insert_album);
-    prepared_statement tracks(run.source(), k_select_album_tracks);
+    prepared_statement tracks(run.source(), statements().album_members);
     android_query file_name_query(run.source());
     android_query file_query(run.source());
     android_query artist_query(run.source());

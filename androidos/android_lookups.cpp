@@ -33,11 +33,7 @@ struct_audio_track vlc_androidos::get_audio_track_details(QString media_id, andr
         QStringLiteral("struct_audio_track vlc_androidos::get_audio_track_details(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_audio_track track;
-    prepared_statement* rows = run_lookup(
-        query,
-        QStringLiteral("SELECT id_track,codec,bitrate,samplerate,nb_channels,language,description from AudioTrack "
-                       "where media_id = ?"),
-        media_id, signature);
+    prepared_statement* rows = run_lookup(query, statements().audio_track, media_id, signature);
     if (!rows)
         return track;
     if (rows->next()) {
@@ -59,11 +55,7 @@ struct_video_track vlc_androidos::get_video_track_details(QString media_id, andr
         QStringLiteral("struct_video_track vlc_androidos::get_video_track_details(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_video_track track;
-    prepared_statement* rows = run_lookup(
-        query,
-        QStringLiteral("SELECT codec,bitrate,width,height,language,description,fps_num,fps_den,sar_num,sar_den from "
-                       "VideoTrack where media_id = ?"),
-        media_id, signature);
+    prepared_statement* rows = run_lookup(query, statements().video_track, media_id, signature);
     if (!rows)
         return track;
     // The description is selected but deliberately not read: it stays empty.
@@ -90,8 +82,7 @@ struct_artist vlc_androidos::get_artist_details(QString media_id, android_query&
         QStringLiteral("struct_artist vlc_androidos::get_artist_details(QString, QSqlQuery, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_artist artist;
-    prepared_statement* tracks = run_lookup(
-        album_track_query, QStringLiteral("SELECT album_id from AlbumTrack where media_id = ?"), media_id, signature);
+    prepared_statement* tracks = run_lookup(album_track_query, statements().album_of_media, media_id, signature);
     if (!tracks)
         return artist;
     QString album_id;
@@ -105,8 +96,7 @@ struct_artist vlc_androidos::get_artist_details(QString media_id, android_query&
         plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
         return cached.value();
     }
-    prepared_statement* albums = run_lookup(
-        album_query, QStringLiteral("SELECT title, artist_id from Album where id_album = ?"), album_id, signature);
+    prepared_statement* albums = run_lookup(album_query, statements().album_title, album_id, signature);
     if (!albums)
         return artist;
     if (albums->next()) {
@@ -125,9 +115,7 @@ QString vlc_androidos::get_playlist_name(QString media_id, android_query& relati
     static const QString signature =
         QStringLiteral("QString vlc_androidos::get_playlist_name(QString, QSqlQuery, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral(" Starts"), signature);
-    prepared_statement* relations =
-        run_lookup(relation_query, QStringLiteral("SELECT playlist_id from PlaylistMediaRelation where media_id = ?"),
-                   media_id, signature);
+    prepared_statement* relations = run_lookup(relation_query, statements().media_playlists, media_id, signature);
     if (!relations)
         return QString();
     QStringList playlist_ids;
@@ -140,9 +128,8 @@ QString vlc_androidos::get_playlist_name(QString media_id, android_query& relati
         // Every member of a playlist asks for the same names.
         auto cached = playlist_names_cache.constFind(playlist_id);
         if (cached == playlist_names_cache.constEnd()) {
-            prepared_statement* playlists = run_lookup(
-                playlist_query, QStringLiteral("SELECT name from Playlist where id_playlist = ?"), playlist_id,
-                signature);
+            prepared_statement* playlists =
+                run_lookup(playlist_query, statements().playlist_name, playlist_id, signature);
             if (!playlists)
                 return QString();
             QString found;
@@ -166,8 +153,7 @@ QString vlc_androidos::get_artist_name(QString artist_id, android_query& query)
     if (cached != artist_name_cache.constEnd())
         return cached.value();
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
-    prepared_statement* rows =
-        run_lookup(query, QStringLiteral("SELECT name from Artist where id_artist = ?"), artist_id, signature);
+    prepared_statement* rows = run_lookup(query, statements().artist_name, artist_id, signature);
     if (!rows)
         return QString();
     const QString name = rows->next() ? rows->text(0) : QString();
@@ -184,32 +170,58 @@ QString vlc_androidos::get_thumbnail_path(QString thumbnail_id, android_query& q
     if (cached != thumbnail_path_cache.constEnd())
         return cached.value();
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
-    prepared_statement* rows = run_lookup(query, QStringLiteral("SELECT mrl from Thumbnail where id_thumbnail = ?"),
-                                         thumbnail_id, signature);
+    prepared_statement* rows = run_lookup(query, statements().thumbnail, thumbnail_id, signature);
     if (!rows)
         return QString();
     const bool found = rows->next();
     QString mrl = found ? rows->text(0) : QString();
     rows->finish();
 
-    QString path;
-    if (found) {
-        mrl.replace("%20", " ").replace("%2C", ",").replace("%29", ")").replace("%28", "(");
-        // The app writes thumbnails either to its external files folder (ef/
-        // beside r/ in the backup) or to its private app_vlc folder.
-        const int thumbs = mrl.indexOf("thumbs");
-        const QString app_folder = media_library_source.left(media_library_source.indexOf("/r/"));
-        const QString external = app_folder + "/ef/" + (thumbs >= 0 ? mrl.mid(thumbs) : mrl);
-        const int app_vlc = mrl.indexOf("app_vlc");
-        const QString internal = source_root + "apps/org.videolan.vlc/r/" + (app_vlc >= 0 ? mrl.mid(app_vlc) : mrl);
-        if (source_path_guard::exists_inside(external, source_root, signature))
-            path = external;
-        else if (source_path_guard::exists_inside(internal, source_root, signature))
-            path = internal;
-    }
+    const QString path = found ? thumbnail_path_from_mrl(mrl, signature) : QString();
     thumbnail_path_cache.insert(thumbnail_id, path);
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return path;
+}
+
+QString vlc_androidos::thumbnail_path_from_mrl(QString mrl, const QString& signature) const
+{
+    if (full_file_system) {
+        const QString path = phone_path_in_source(phone_path_of_mrl(mrl));
+        return source_path_guard::exists_inside(path, source_root, signature) ? path : QString();
+    }
+    mrl.replace("%20", " ").replace("%2C", ",").replace("%29", ")").replace("%28", "(");
+    // The app writes thumbnails either to its external files folder (ef/
+    // beside r/ in the backup) or to its private app_vlc folder.
+    const int thumbs = mrl.indexOf("thumbs");
+    const QString app_folder = media_library_source.left(media_library_source.indexOf("/r/"));
+    const QString external = app_folder + "/ef/" + (thumbs >= 0 ? mrl.mid(thumbs) : mrl);
+    const int app_vlc = mrl.indexOf("app_vlc");
+    const QString internal = source_root + private_folder + (app_vlc >= 0 ? mrl.mid(app_vlc) : mrl);
+    if (source_path_guard::exists_inside(external, source_root, signature))
+        return external;
+    if (source_path_guard::exists_inside(internal, source_root, signature))
+        return internal;
+    // Later models keep thumbnails elsewhere in the external files folder.
+    const QString marker = "/Android/data/org.videolan.vlc/files/";
+    const int files = mrl.indexOf(marker);
+    const QString elsewhere = files >= 0 ? source_root + external_files + mrl.mid(files + marker.size()) : QString();
+    if (!elsewhere.isEmpty() && source_path_guard::exists_inside(elsewhere, source_root, signature))
+        return elsewhere;
+    return QString();
+}
+
+QString vlc_androidos::thumbnail_of(const QString& reference, bool mrl_in_row, android_query& query)
+{
+    if (!mrl_in_row)
+        return get_thumbnail_path(reference, query);
+    static const QString signature =
+        QStringLiteral("QString vlc_androidos::thumbnail_of(const QString&, bool, android_query&)");
+    if (reference.isEmpty())
+        return QString();
+    auto cached = thumbnail_path_cache.constFind(reference);
+    if (cached == thumbnail_path_cache.constEnd())
+        cached = thumbnail_path_cache.insert(reference, thumbnail_path_from_mrl(reference, signature));
+    return cached.value();
 }
 
 struct_media vlc_androidos::get_file_name(QString media_id, android_query& query)
@@ -217,8 +229,7 @@ struct_media vlc_androidos::get_file_name(QString media_id, android_query& query
     static const QString signature = QStringLiteral("struct_media vlc_androidos::get_file_name(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_media media;
-    prepared_statement* rows =
-        run_lookup(query, QStringLiteral("SELECT filename,duration from Media where id_media = ? "), media_id, signature);
+    prepared_statement* rows = run_lookup(query, statements().media_name, media_id, signature);
     if (!rows)
         return media;
     if (rows->next()) {
@@ -235,7 +246,7 @@ struct_file vlc_androidos::get_file_path(QString media_id, android_query& query)
     static const QString signature = QStringLiteral("struct_file vlc_androidos::get_file_path(QString, QSqlQuery)");
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_file file;
-    prepared_statement* rows = run_lookup(query, k_select_file, media_id, signature);
+    prepared_statement* rows = run_lookup(query, statements().file, media_id, signature);
     if (!rows)
         return file;
     if (rows->next()) {

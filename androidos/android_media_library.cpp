@@ -12,9 +12,6 @@ namespace {
 const QString k_signature = "void vlc_androidos::extract_media_library()";
 const QString k_separator = ";++::++;";
 
-const QString k_select_media =
-    "SELECT id_media,type,subtype,duration,play_count,last_played_date,real_last_played_date,insertion_date,"
-    "release_date,thumbnail_id,title,filename,is_favorite,is_present,device_id,nb_playlists,folder_id from Media ";
 const QString k_insert =
     "insert into media_library(bookmark,file_name,location,file_size,file_exist,file_type,suffix,title,"
     "playlist_name,duration,artist,image,play_count,favorite,present,removable,external,album,codec,bitrate,"
@@ -26,6 +23,55 @@ const QString k_insert =
 QString yes_unless_zero(const QString& value)
 {
     return value == "0" ? "NO" : "YES";
+}
+
+// hh:mm:ss of a time in milliseconds.
+QString clock_text(qint64 milliseconds)
+{
+    const qint64 seconds = milliseconds / 1000;
+    return QString("%1:%2:%3")
+        .arg(seconds / 3600, 2, 10, QChar('0'))
+        .arg(seconds / 60 % 60, 2, 10, QChar('0'))
+        .arg(seconds % 60, 2, 10, QChar('0'));
+}
+
+// Where playback stopped, as "Position: 42% (00:12:34)": from the fraction
+// played (progress, later last_position) and the time (last_time, else the
+// fraction of the duration). The app keeps -1 for no position, and a
+// position at the very start tells nothing.
+QString position_text(const prepared_statement& media)
+{
+    using shape = android_database_shape;
+    bool has_fraction = false;
+    const int fraction_column = media.is_null(shape::last_position) ? shape::progress : shape::last_position;
+    double fraction = media.text(fraction_column).toDouble(&has_fraction);
+    has_fraction = has_fraction && fraction > 0;
+    bool has_time = false;
+    qint64 time_ms = media.text(shape::last_time).toLongLong(&has_time);
+    has_time = has_time && time_ms > 0;
+    const qint64 duration_ms = media.text(3).toLongLong();
+    if (!has_time && has_fraction && duration_ms > 0) {
+        time_ms = qint64(fraction * double(duration_ms));
+        has_time = true;
+    }
+    if (!has_fraction && has_time && duration_ms > 0) {
+        fraction = double(time_ms) / double(duration_ms);
+        has_fraction = true;
+    }
+    QStringList parts;
+    if (has_fraction)
+        parts << QString::number(qRound(fraction * 100)) + "%";
+    if (has_time)
+        parts << "(" + clock_text(time_ms) + ")";
+    return parts.isEmpty() ? QString() : "Position: " + parts.join(' ');
+}
+
+// The description column: a track's description, then the position.
+QString with_position(const QString& description, const QString& position)
+{
+    if (position.isEmpty())
+        return description;
+    return description.isEmpty() ? position : description + k_separator + position;
 }
 
 // The lookup query objects of one run, each kept prepared for its statement.
@@ -42,13 +88,15 @@ struct media_lookups
 
 void vlc_androidos::extract_media_library()
 {
-    run_table(k_signature, media_library_source, k_select_media, &vlc_androidos::insert_media_library_rows);
+    run_table(k_signature, media_library_source, &android_statements::media, &vlc_androidos::insert_media_library_rows);
 }
 
 bool vlc_androidos::insert_media_library_rows(android_source_run& run)
 {
     media_lookups lookups(run.source());
-    prepared_statement file(run.source(), k_select_file);
+    prepared_statement file(run.source(), statements().file);
+    const bool with_positions = !database_shape.is_original();
+    const bool thumbnail_in_row = database_shape.media_thumbnail_in_row();
     prepared_statement insert(run.result(), k_insert);
     const QString source_file = source_file_text(media_library_source);
     const QString source_count_name = plugin_static_function::get_source_count_name();
@@ -90,7 +138,9 @@ bool vlc_androidos::insert_media_library_rows(android_source_run& run)
         const struct_artist album = get_artist_details(id_media, lookups.album_track, lookups.album);
         const QString playlists = get_playlist_name(id_media, lookups.relation, lookups.playlist);
         const QString artist = get_artist_name(album.artist_id, lookups.artist);
-        const QString thumbnail = get_thumbnail_path(media.text(9), lookups.thumbnail);
+        const QString thumbnail = thumbnail_of(media.text(9), thumbnail_in_row, lookups.thumbnail);
+        if (with_positions)
+            audio.description = with_position(audio.description, position_text(media));
 
         const QString relative_path = path_below_root(full_path);
         const QString relative_thumbnail = path_below_root(thumbnail);

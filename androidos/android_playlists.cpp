@@ -11,8 +11,6 @@ namespace {
 const QString k_signature = "void vlc_androidos::extract_playlist()";
 const QString k_separator = ";++::++;";
 
-const QString k_select_playlist = "SELECT id_playlist,name,file_id,creation_date,artwork_mrl from Playlist ";
-const QString k_select_members = "SELECT media_id from PlaylistMediaRelation where playlist_id = ? ";
 const QString k_insert =
     "insert into playlists(bookmark,playlist_name,file_name,duration,creation_timestamp,file_path,file_exist,"
     "suffix,file_size,preview_file_path,export_file_paths,source_file,os_scheme_display,source_count_name) "
@@ -22,13 +20,13 @@ const QString k_insert =
 
 void vlc_androidos::extract_playlist()
 {
-    run_table(k_signature, playlist_source, k_select_playlist, &vlc_androidos::insert_playlist_rows);
+    run_table(k_signature, playlist_source, &android_statements::playlist, &vlc_androidos::insert_playlist_rows);
 }
 
 bool vlc_androidos::insert_playlist_rows(android_source_run& run)
 {
     prepared_statement insert(run.result(), k_insert);
-    prepared_statement members(run.source(), k_select_members);
+    prepared_statement members(run.source(), statements().playlist_members);
     android_query file_name_query(run.source());
     android_query file_query(run.source());
     const QString source_file = source_file_text(playlist_source);

@@ -20,8 +20,8 @@ android_source_run::~android_source_run()
     close();
 }
 
-bool android_source_run::start(const QString& source_path, const QString& source_root,
-                               plugin_helper_functions* helper, const QString& select_statement)
+bool android_source_run::open(const QString& source_path, const QString& source_root,
+                              plugin_helper_functions* helper)
 {
     plugin_static_function::app_debug("START", m_signature);
     if (source_path.isEmpty() || !QFileInfo::exists(source_path) || !helper)
@@ -52,6 +52,13 @@ bool android_source_run::start(const QString& source_path, const QString& source
 
     tune_source_cache();
     watch_source_statements();
+    // The statements that read the database's shape run under the limit too.
+    row_started();
+    return true;
+}
+
+bool android_source_run::select(const QString& select_statement)
+{
     row_started();
     m_rows = std::make_unique<prepared_statement>(m_source->db(), select_statement);
     if (!m_rows->execute(QStringList())) {

@@ -27,10 +27,12 @@ public:
     android_source_run(const android_source_run&) = delete;
     android_source_run& operator=(const android_source_run&) = delete;
 
-    // Logs the start, then copies, opens and selects; false (with the failure
-    // logged) when there is nothing to read.
-    bool start(const QString& source_path, const QString& source_root, plugin_helper_functions* helper,
-               const QString& select_statement);
+    // Logs the start, then copies and opens; false (with the failure logged)
+    // when there is nothing to read.
+    bool open(const QString& source_path, const QString& source_root, plugin_helper_functions* helper);
+    // Runs the reader's main statement on the open copy; false (logged) when
+    // it failed.
+    bool select(const QString& select_statement);
 
     prepared_statement& rows() { return *m_rows; }
     // The next row of the main statement; starts that row's time.
@@ -64,7 +66,7 @@ public:
     static constexpr qint64 k_row_limit_ms = 10000;
 
 private:
-    static constexpr int k_source_cache_kib = 32 * 1024;
+    static constexpr int k_source_cache_kib = 64 * 1024;
     bool companions_inside(const QString& source_path, const QString& source_root) const;
     void tune_source_cache();
     void watch_source_statements();

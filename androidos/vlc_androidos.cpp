@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QUrl>
 
 #include "android_source_run.h"
 #include "plugin_static_function.h"
@@ -10,11 +11,21 @@
 namespace {
 
 const QString k_database_relative = "apps/org.videolan.vlc/r/app_db/vlc_media.db";
+const QString k_file_system_database = "data/data/org.videolan.vlc/app_db/vlc_media.db";
+// Shared storage of the primary user, where a full file-system extraction
+// may keep it.
+const char* const k_file_system_storage[] = {"data/media/", "media/"};
 
 }  // namespace
 
-const QString vlc_androidos::k_select_file =
-    "SELECT playlist_id,mrl,last_modification_date,size,is_removable,is_external from File where media_id = ?";
+QString vlc_androidos::phone_path_of_mrl(const QString& mrl)
+{
+    // A stream (http://, smb://, ...) has no file on the phone.
+    if (!mrl.startsWith("file://") && mrl.contains("://"))
+        return QString();
+    const QString path = mrl.startsWith("file://") ? mrl.mid(7) : mrl;
+    return QUrl::fromPercentEncoding(path.toUtf8());
+}
 
 vlc_androidos::vlc_androidos(QWidget* parent) : extractor_base(parent)
 {
@@ -36,8 +47,14 @@ void vlc_androidos::find_source_file()
     media_library_source.clear();
     album_source.clear();
     playlist_source.clear();
-    // The backup layout keeps an app's private data in r/ below apps/<package>.
-    const QString candidate = source_root + k_database_relative;
+    // The backup layout keeps an app's private data in r/ below apps/<package>;
+    // a full file-system extraction keeps it in data/data/<package>.
+    QString candidate = source_root + k_database_relative;
+    use_backup_layout();
+    if (!QFileInfo::exists(candidate)) {
+        candidate = source_root + k_file_system_database;
+        use_file_system_layout();
+    }
     // A database that is a link out of the source is not the evidence's.
     if (source_path_guard::exists_inside(candidate, source_root, signature)) {
         media_library_source = candidate;
@@ -73,19 +90,59 @@ void vlc_androidos::extract_plugin_artifacts()
     plugin_static_function::app_debug("[extract_plugin_artifacts] ends", signature);
 }
 
-void vlc_androidos::run_table(const QString& signature, const QString& source_path, const QString& select_statement,
+void vlc_androidos::use_backup_layout()
+{
+    full_file_system = false;
+    private_folder = "apps/org.videolan.vlc/r/";
+    shared_storage = "shared/";
+    external_files = "apps/org.videolan.vlc/ef/";
+}
+
+void vlc_androidos::use_file_system_layout()
+{
+    full_file_system = true;
+    private_folder = "data/data/org.videolan.vlc/";
+    shared_storage = k_file_system_storage[0];
+    for (const char* storage : k_file_system_storage) {
+        if (QFileInfo(source_root + storage + "0").isDir()) {
+            shared_storage = storage;
+            break;
+        }
+    }
+    external_files = shared_storage + "0/Android/data/org.videolan.vlc/files/";
+}
+
+void vlc_androidos::run_table(const QString& signature, const QString& source_path,
+                              QString android_statements::*select,
                               bool (vlc_androidos::*insert_rows)(android_source_run&))
 {
     android_source_run run(signature, destination_db_path);
-    if (!run.start(source_path, source_root, helper_obj, select_statement))
+    if (!run.open(source_path, source_root, helper_obj))
+        return;
+    if (!database_shape_read)
+        read_database_shape(run.source());
+    if (!run.select(statements().*select))
         return;
     // A cancelled or broken-off table closes without its end line.
     if ((this->*insert_rows)(run))
         run.finish();
 }
 
+void vlc_androidos::read_database_shape(const QSqlDatabase& source)
+{
+    const QString signature = "void vlc_androidos::read_database_shape(const QSqlDatabase&)";
+    database_shape_read = true;
+    database_shape = android_database_shape::read(source);
+    plugin_static_function::app_debug("media database model " + QString::number(database_shape.model()), signature);
+    // Once a run, not once a row: what the database cannot give stays empty.
+    for (const QString& missing : database_shape.missing())
+        plugin_static_function::app_debug("not in this media database, its columns stay empty: " + missing, signature);
+}
+
 void vlc_androidos::clear_lookup_caches()
 {
+    database_shape = android_database_shape();
+    database_shape_read = false;
     album_cache.clear();
     playlist_names_cache.clear();
     artist_name_cache.clear();
@@ -104,12 +161,34 @@ QString vlc_androidos::prepend_zero_for_time(QString number, int width)
 
 QString vlc_androidos::media_path_from_mrl(QString mrl) const
 {
+    if (full_file_system)
+        return phone_path_in_source(phone_path_of_mrl(mrl));
     mrl.replace("%20", " ");
     // Primary storage is .../emulated/0/...; the backup keeps it below shared/0/.
     const int zero = mrl.indexOf('0');
     if (zero > 0)
         mrl = mrl.mid(zero);
     return source_root + "shared/" + mrl;
+}
+
+QString vlc_androidos::phone_path_in_source(const QString& phone_path) const
+{
+    // The phone reaches the primary user's shared storage and the app's
+    // private folder under several names.
+    const QList<QPair<QString, QString>> places = {
+        {"/storage/emulated/0/", shared_storage + "0/"},
+        {"/sdcard/", shared_storage + "0/"},
+        {"/storage/self/primary/", shared_storage + "0/"},
+        {"/data/media/0/", shared_storage + "0/"},
+        {"/data/user/0/org.videolan.vlc/", private_folder},
+        {"/data/data/org.videolan.vlc/", private_folder},
+    };
+    for (const auto& place : places) {
+        if (phone_path.startsWith(place.first))
+            return source_root + place.second + phone_path.mid(place.first.size());
+    }
+    // Anything else (a memory card, say) lies where the phone had it.
+    return phone_path.isEmpty() ? QString() : source_root + phone_path.mid(phone_path.startsWith('/') ? 1 : 0);
 }
 
 QString vlc_androidos::source_file_text(const QString& source_path) const

@@ -1,10 +1,12 @@
 #pragma once
 
-// Extractor of an unpacked Android backup: the media player's media-library
-// database read into the media library, album art, album and playlist tables.
+// Extractor of an Android image (an unpacked backup or a full file-system
+// extraction): the media player's media-library database read into the media
+// library, album art, album and playlist tables.
 
 #include <QHash>
 
+#include "android_database_shape.h"
 #include "extractor_base.h"
 
 class android_query;
@@ -94,16 +96,29 @@ private:
     struct_media get_file_name(QString media_id, android_query& query);
     struct_file get_file_path(QString media_id, android_query& query);
 
-    // The File statement, shared by the media library and get_file_path.
-    static const QString k_select_file;
+    // Where the image keeps the app's folders (found with the database).
+    void use_backup_layout();
+    void use_file_system_layout();
     // Full path of a media file in the image from its mrl.
     QString media_path_from_mrl(QString mrl) const;
+    // A path on the phone (shared storage, the app's folders) below the
+    // source root of a full file-system extraction.
+    QString phone_path_in_source(const QString& phone_path) const;
+    // The decoded path of a file:// mrl (or of a plain path).
+    static QString phone_path_of_mrl(const QString& mrl);
+    // The thumbnail file of a row's reference: a Thumbnail id, or on early
+    // models the mrl itself.
+    QString thumbnail_of(const QString& reference, bool mrl_in_row, android_query& query);
+    QString thumbnail_path_from_mrl(QString mrl, const QString& signature) const;
+    // Once a run, on the first table's copy: the model and the statements for it.
+    void read_database_shape(const QSqlDatabase& source);
     // The relative form of a source database for the source_file column.
     QString source_file_text(const QString& source_path) const;
     void clear_lookup_caches();
     // One table: the common frame around its row loop.
-    void run_table(const QString& signature, const QString& source_path, const QString& select_statement,
+    void run_table(const QString& signature, const QString& source_path, QString android_statements::*select,
                    bool (vlc_androidos::*insert_rows)(android_source_run&));
+    const android_statements& statements() const { return database_shape.statements(); }
     // The row loops of the four tables; false when the run was cancelled or
     // ended early (no end line then).
     bool insert_media_library_rows(android_source_run& run);
@@ -119,6 +134,14 @@ private:
     QString media_library_source;
     QString album_source;
     QString playlist_source;
+    // The app's private folder, the folder holding shared storage's "0/" and
+    // the app's external files folder, each relative to the source root.
+    QString private_folder;
+    QString shared_storage;
+    QString external_files;
+    bool full_file_system = false;
+    android_database_shape database_shape;
+    bool database_shape_read = false;
     // Albums, playlists, artists and thumbnails repeat across rows; each is
     // looked up once a run.
     QHash<QString, struct_artist> album_cache;

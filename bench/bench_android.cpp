@@ -1,10 +1,11 @@
-// Speed and memory of the Android extractor on a large media database
-// (model 15): 100,000 media, half audio, half video with three audio tracks
+// Speed and memory of the Android extractor on a large media database of
+// models 15, 30 and 38 (thumbnails by id, by linking table; albums in
+// AlbumTrack, in Media): 100,000 media, half audio, half video with three audio tracks
 // each, albums of 12 tracks, 500 playlists of 50 items, thumbnails for half
 // the media, and the indexes the app keeps on its foreign keys. The tree is
 // generated once; the extraction runs in a child process so that its peak
 // memory is its own.
-// Usage: bench_android [--media N] [--keep DIR]
+// Usage: bench_android [--media N] [--model N] [--keep DIR]
 
 #include "bench_support.h"
 #include "controller_setup.h"
@@ -40,10 +41,26 @@ bool write_media_files(const QString& root, int media)
     return true;
 }
 
-bool generate(const QString& root, int media, QString* error)
+// The indexes the app keeps on the foreign keys the readers look up.
+void add_indexes(android_media_db_writer& db)
+{
+    const QList<QStringList> indexes = {{"File", "media_id"},
+                                        {"AudioTrack", "media_id"},
+                                        {"VideoTrack", "media_id"},
+                                        {"AlbumTrack", "album_id"},
+                                        {"Media", "album_id"},
+                                        {"PlaylistMediaRelation", "media_id"},
+                                        {"PlaylistMediaRelation", "playlist_id"}};
+    for (const QStringList& index : indexes) {
+        if (db.has_column(index.at(0), index.at(1)))
+            db.exec(QString("CREATE INDEX %1_%2 ON %1(%2)").arg(index.at(0), index.at(1)));
+    }
+}
+
+bool generate(const QString& root, int media, int model, QString* error)
 {
     android_media_db_writer db("bench_android");
-    if (!db.create(QDir(root).filePath(k_database), 15, error))
+    if (!db.create(QDir(root).filePath(k_database), model, error))
         return false;
     db.begin();
     const int artists = media / 240 + 1;
@@ -62,16 +79,17 @@ bool generate(const QString& root, int media, QString* error)
                                                        .arg(i / 1000)
                                                        .arg(i)))
                        : QVariant();
-        const qint64 id = db.insert("Media", {{"type", video ? 1 : 2},
+        const qint64 id = db.add_media({{"type", video ? 1 : 2},
                                               {"filename", QString("item %1.%2").arg(i).arg(video ? "mp4" : "mp3")},
                                               {"title", QString("Item %1").arg(i)},
                                               {"duration", 180000 + i},
                                               {"play_count", i % 7},
                                               {"last_played_date", 1700000000 + i},
                                               {"insertion_date", 1690000000 + i},
-                                              {"thumbnail_id", thumbnail},
                                               {"is_favorite", i % 5 == 0},
-                                              {"is_present", 1}});
+                                              {"is_present", 1}},
+                                     thumbnail);
+        db.set_position(id, 0.5, 90000);
         db.add_file(id, "file:///storage/emulated/0/" + QString(folder).replace(" ", "%20")
                             + QString("item%20%1.%2").arg(i).arg(video ? "mp4" : "mp3"),
                     1000000 + i, 1690000000 + i, false, false);
@@ -89,13 +107,7 @@ bool generate(const QString& root, int media, QString* error)
     }
     for (int p = 0; p < 500; ++p)
         db.add_playlist(QString("Playlist %1").arg(p), 1695000000 + p);
-    for (const char* index :
-         {"CREATE INDEX file_media_id ON File(media_id)", "CREATE INDEX audio_track_media_id ON AudioTrack(media_id)",
-          "CREATE INDEX video_track_media_id ON VideoTrack(media_id)",
-          "CREATE INDEX album_track_album_id ON AlbumTrack(album_id)",
-          "CREATE INDEX playlist_media_id ON PlaylistMediaRelation(media_id)",
-          "CREATE INDEX playlist_playlist_id ON PlaylistMediaRelation(playlist_id)"})
-        db.exec(index);
+    add_indexes(db);
     db.commit();
     if (!db.last_error().isEmpty()) {
         *error = db.last_error();
@@ -147,6 +159,15 @@ int run_extraction(const QString& root, const QString& out)
     return 0;
 }
 
+int run_child(const QString& root, const QString& out)
+{
+    QProcess child;
+    child.setProcessChannelMode(QProcess::ForwardedChannels);
+    child.start(QCoreApplication::applicationFilePath(), {"--run", root, out});
+    child.waitForFinished(-1);
+    return child.exitCode();
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -157,22 +178,27 @@ int main(int argc, char** argv)
         return run_extraction(args.at(2), args.at(3));
 
     const int media = args.contains("--media") ? args.value(args.indexOf("--media") + 1).toInt() : 100000;
+    const QList<int> models = args.contains("--model") ? QList<int>{args.value(args.indexOf("--model") + 1).toInt()}
+                                                       : QList<int>{15, 30, 38};
     QTemporaryDir scratch;
     const QString keep = args.contains("--keep") ? args.value(args.indexOf("--keep") + 1) : QString();
-    const QString root = keep.isEmpty() ? scratch.filePath("evidence") : keep;
-    QElapsedTimer clock;
-    clock.start();
-    if (!QFileInfo::exists(QDir(root).filePath(k_database))) {
-        QString error;
-        if (!generate(root, media, &error)) {
-            std::fprintf(stderr, "bench_android: cannot generate the tree: %s\n", qPrintable(error));
-            return 1;
+    int status = 0;
+    for (int model : models) {
+        const QString root = (keep.isEmpty() ? scratch.path() : keep) + QString("/model%1").arg(model);
+        QElapsedTimer clock;
+        clock.start();
+        std::printf("\n== model %d ==\n", model);
+        if (!QFileInfo::exists(QDir(root).filePath(k_database))) {
+            QString error;
+            if (!generate(root, media, model, &error)) {
+                std::fprintf(stderr, "bench_android: cannot generate the model %d tree: %s\n", model,
+                             qPrintable(error));
+                return 1;
+            }
+            std::printf("generated %d media in %.1f s\n", media, double(clock.elapsed()) / 1000.0);
         }
-        std::printf("generated %d media in %.1f s\n", media, double(clock.elapsed()) / 1000.0);
+        std::fflush(stdout);
+        status |= run_child(root, scratch.filePath(QString("out%1").arg(model)));
     }
-    QProcess child;
-    child.setProcessChannelMode(QProcess::ForwardedChannels);
-    child.start(QCoreApplication::applicationFilePath(), {"--run", root, scratch.filePath("out")});
-    child.waitForFinished(-1);
-    return child.exitCode();
+    return status;
 }

@@ -266,6 +266,44 @@ private slots:
         QVERIFY(!run.log.messages_with("interrupted").isEmpty());
     }
 
+    void what_a_model_lacks_is_logged_once_a_run_data()
+    {
+        QTest::addColumn<int>("model");
+        QTest::addColumn<QString>("damage");
+        QTest::addColumn<QStringList>("missing");
+        QTest::newRow("model 8") << 8 << QString()
+                                 << QStringList{"Media.real_last_played_date", "VideoTrack.bitrate",
+                                                "VideoTrack.sar_num", "VideoTrack.sar_den"};
+        QTest::newRow("model 15") << 15 << QString() << QStringList();
+        QTest::newRow("model 38") << 38 << QString() << QStringList{"Media.real_last_played_date"};
+        QTest::newRow("model 38 without AudioTrack")
+            << 38 << "DROP TABLE AudioTrack" << QStringList{"Media.real_last_played_date", "AudioTrack"};
+    }
+
+    void what_a_model_lacks_is_logged_once_a_run()
+    {
+        QFETCH(int, model);
+        QFETCH(QString, damage);
+        QFETCH(QStringList, missing);
+        const QString root = trees.filePath(QString(QTest::currentDataTag()).replace(' ', '_'));
+        QString error;
+        QVERIFY2(write_android_model_tree(root, model, android_layout::backup, &error), qPrintable(error));
+        if (!damage.isEmpty())
+            alter_database(root, {damage});
+        android_run run;
+        run.prepare(root);
+        run.extract();
+        QStringList logged;
+        for (const QString& message : run.log.messages_with("not in this media database"))
+            logged << message.section(": ", -1);
+        QCOMPARE(logged, missing);
+        QCOMPARE(run.log.messages_with("media database model").size(), 1);
+        // Rows are still written, with the columns the database cannot give left empty.
+        QCOMPARE(run.rows("media_library"), 5);
+        QCOMPARE(run.select("select codec from media_library where title='Intro'"),
+                 (QList<QVariantList>{{damage.isEmpty() ? "mp3" : ""}}));
+    }
+
     void damaged_databases_are_logged_and_skipped_data()
     {
         QTest::addColumn<QString>("damage");

@@ -52,6 +52,7 @@ bool android_media_db_writer::create(const QString& path, int model, QString* er
         return false;
     }
     m_path = path;
+    m_model = model;
     m_db = QSqlDatabase::addDatabase("QSQLITE", m_name);
     m_db.setDatabaseName(path);
     if (!m_db.open()) {
@@ -130,6 +131,9 @@ qint64 android_media_db_writer::insert(const QString& table, const QVariantMap& 
 void android_media_db_writer::close()
 {
     m_statements.clear();
+    m_columns.clear();
+    m_required.clear();
+    m_row_thumbnails.clear();
     if (m_db.isValid()) {
         m_db.close();
         m_db = QSqlDatabase();
@@ -137,32 +141,147 @@ void android_media_db_writer::close()
     }
 }
 
+QStringList android_media_db_writer::columns(const QString& table)
+{
+    const auto found = m_columns.constFind(table);
+    if (found != m_columns.constEnd())
+        return found.value();
+    QStringList names;
+    QStringList required;
+    QSqlQuery query(m_db);
+    query.prepare("SELECT name, \"notnull\", dflt_value, pk FROM pragma_table_info(?)");
+    query.addBindValue(table);
+    if (query.exec()) {
+        while (query.next()) {
+            const QString name = query.value(0).toString().toLower();
+            names << name;
+            if (query.value(1).toInt() != 0 && query.value(2).isNull() && query.value(3).toInt() == 0)
+                required << name;
+        }
+    }
+    m_required.insert(table, required);
+    return m_columns.insert(table, names).value();
+}
+
+QVariantMap android_media_db_writer::with_required(const QString& table, const QVariantMap& values)
+{
+    QVariantMap present;
+    const QStringList names = columns(table);
+    for (auto it = values.begin(); it != values.end(); ++it) {
+        if (names.contains(it.key().toLower()))
+            present.insert(it.key(), it.value());
+    }
+    for (const QString& name : m_required.value(table)) {
+        if (!present.contains(name))
+            present.insert(name, 0);
+    }
+    return present;
+}
+
+qint64 android_media_db_writer::insert_present(const QString& table, const QVariantMap& values)
+{
+    if (columns(table).isEmpty()) {
+        m_error = "model " + QString::number(m_model) + " has no table " + table;
+        return -1;
+    }
+    return insert(table, with_required(table, values));
+}
+
+bool android_media_db_writer::update(const QString& table, const QString& key_column, qint64 key,
+                                     const QVariantMap& values)
+{
+    QStringList assignments;
+    QVariantList bound;
+    for (auto it = values.begin(); it != values.end(); ++it) {
+        if (!has_column(table, it.key()))
+            continue;
+        assignments << it.key() + "=?";
+        bound << it.value();
+    }
+    if (assignments.isEmpty())
+        return false;
+    QSqlQuery query(m_db);
+    query.prepare("UPDATE " + table + " SET " + assignments.join(',') + " WHERE " + key_column + "=?");
+    for (const QVariant& value : bound)
+        query.addBindValue(value);
+    query.addBindValue(key);
+    if (query.exec())
+        return true;
+    m_error = query.lastError().text();
+    return false;
+}
+
+QVariant android_media_db_writer::present_value(int nb_tracks) const
+{
+    // A flag up to model 16; from 17 the number of present tracks, which
+    // may not exceed nb_tracks.
+    return m_model >= 17 ? nb_tracks : 1;
+}
+
 qint64 android_media_db_writer::add_thumbnail(const QString& mrl)
 {
-    return insert("Thumbnail", {{"mrl", mrl}, {"origin", 0}, {"is_generated", 1}});
+    if (columns("Thumbnail").isEmpty()) {
+        const qint64 handle = m_row_thumbnails.size() + 1;
+        m_row_thumbnails.insert(handle, mrl);
+        return handle;
+    }
+    return insert_present("Thumbnail", {{"mrl", mrl}, {"origin", 0}, {"is_generated", 1}, {"is_owned", 1}});
+}
+
+bool android_media_db_writer::attach_thumbnail(entity kind, qint64 id, const QVariant& thumbnail_id)
+{
+    if (thumbnail_id.isNull() || id < 0)
+        return true;
+    const QString table = kind == entity::media ? "Media" : "Album";
+    const QString key = kind == entity::media ? "id_media" : "id_album";
+    if (has_column(table, "thumbnail_id"))
+        return update(table, key, id, {{"thumbnail_id", thumbnail_id}});
+    if (!columns("ThumbnailLinking").isEmpty()) {
+        return insert_present("ThumbnailLinking", {{"entity_id", id},
+                                                   {"entity_type", int(kind)},
+                                                   {"size_type", 0},
+                                                   {"thumbnail_id", thumbnail_id},
+                                                   {"origin", 0}})
+               >= 0;
+    }
+    const QString mrl = m_row_thumbnails.value(thumbnail_id.toLongLong());
+    return update(table, key, id, {{kind == entity::media ? "thumbnail" : "artwork_mrl", mrl}});
+}
+
+qint64 android_media_db_writer::add_media(const QVariantMap& columns, const QVariant& thumbnail_id)
+{
+    const qint64 id = insert_present("Media", columns);
+    return attach_thumbnail(entity::media, id, thumbnail_id) ? id : -1;
+}
+
+bool android_media_db_writer::set_position(qint64 media_id, double fraction, qint64 time_ms)
+{
+    if (has_column("Media", "progress"))
+        return update("Media", "id_media", media_id, {{"progress", fraction}});
+    return update("Media", "id_media", media_id, {{"last_position", fraction}, {"last_time", time_ms}});
 }
 
 qint64 android_media_db_writer::add_artist(const QString& name)
 {
-    return insert("Artist", {{"name", name}, {"is_present", 1}});
+    return insert_present("Artist", {{"name", name}, {"is_present", present_value(0)}});
 }
 
 qint64 android_media_db_writer::add_album(const QVariant& title, const QVariant& artist_id,
                                           const QVariant& thumbnail_id, int nb_tracks, qint64 duration_ms)
 {
-    return insert("Album", {{"title", title},
-                            {"artist_id", artist_id},
-                            {"release_year", 2019},
-                            {"thumbnail_id", thumbnail_id},
-                            {"nb_tracks", nb_tracks},
-                            {"duration", duration_ms},
-                            {"is_present", 1}});
+    const qint64 id = insert_present("Album", {{"title", title},
+                                               {"artist_id", artist_id},
+                                               {"release_year", 2019},
+                                               {"nb_tracks", nb_tracks},
+                                               {"duration", duration_ms},
+                                               {"is_present", present_value(nb_tracks)}});
+    return attach_thumbnail(entity::album, id, thumbnail_id) ? id : -1;
 }
 
 qint64 android_media_db_writer::add_file(qint64 media_id, const QString& mrl, qint64 size, qint64 modified,
                                          bool removable, bool external)
 {
-    return insert("File", {{"media_id", media_id},
+    return insert_present("File", {{"media_id", media_id},
                            {"mrl", mrl},
                            {"type", 1},
                            {"last_modification_date", modified},
@@ -176,7 +295,7 @@ qint64 android_media_db_writer::add_audio_track(qint64 media_id, const QString& 
                                                 int samplerate, int channels, const QVariant& language,
                                                 const QVariant& description)
 {
-    return insert("AudioTrack", {{"media_id", media_id},
+    return insert_present("AudioTrack", {{"media_id", media_id},
                                  {"codec", codec},
                                  {"bitrate", bitrate},
                                  {"samplerate", samplerate},
@@ -188,10 +307,11 @@ qint64 android_media_db_writer::add_audio_track(qint64 media_id, const QString& 
 qint64 android_media_db_writer::add_video_track(qint64 media_id, const QString& codec, int width, int height,
                                                 int bitrate, const QVariant& language, const QVariant& description)
 {
-    return insert("VideoTrack", {{"media_id", media_id},
+    return insert_present("VideoTrack", {{"media_id", media_id},
                                  {"codec", codec},
                                  {"width", width},
                                  {"height", height},
+                                 {"fps", 25.0},
                                  {"fps_num", 30000},
                                  {"fps_den", 1001},
                                  {"bitrate", bitrate},
@@ -204,7 +324,13 @@ qint64 android_media_db_writer::add_video_track(qint64 media_id, const QString& 
 qint64 android_media_db_writer::add_album_track(qint64 media_id, qint64 album_id, int track_number,
                                                 qint64 duration_ms)
 {
-    return insert("AlbumTrack", {{"media_id", media_id},
+    // From model 34 a track's album lives in its Media row.
+    if (columns("AlbumTrack").isEmpty()) {
+        const bool updated = update("Media", "id_media", media_id,
+                                    {{"album_id", album_id}, {"track_number", track_number}, {"disc_number", 1}});
+        return updated ? media_id : -1;
+    }
+    return insert_present("AlbumTrack", {{"media_id", media_id},
                                  {"album_id", album_id},
                                  {"track_number", track_number},
                                  {"duration", duration_ms},
@@ -213,10 +339,10 @@ qint64 android_media_db_writer::add_album_track(qint64 media_id, qint64 album_id
 
 qint64 android_media_db_writer::add_playlist(const QVariant& name, qint64 creation_date)
 {
-    return insert("Playlist", {{"name", name}, {"creation_date", creation_date}});
+    return insert_present("Playlist", {{"name", name}, {"creation_date", creation_date}});
 }
 
 qint64 android_media_db_writer::add_playlist_item(qint64 playlist_id, const QVariant& media_id, int position)
 {
-    return insert("PlaylistMediaRelation", {{"media_id", media_id}, {"playlist_id", playlist_id}, {"position", position}});
+    return insert_present("PlaylistMediaRelation", {{"media_id", media_id}, {"playlist_id", playlist_id}, {"position", position}});
 }

@@ -3,6 +3,11 @@
 // Writes media databases of the Android app: a copy of the app's empty schema
 // at a given model version (from the shared samples) with rows inserted by
 // the caller. It never defines tables of its own.
+//
+// The add_* helpers write one logical library into any model: they write the
+// columns the schema has (found by name), give the app's NOT NULL columns
+// that the caller does not name a zero, and put thumbnails, album membership
+// and the playback position where that model keeps them.
 
 #include <QHash>
 #include <QSqlDatabase>
@@ -41,8 +46,22 @@ public:
     QString last_error() const { return m_error; }
     void close();
 
+    // The model of the open database (as given to create).
+    int model() const { return m_model; }
+    // Column names of a table (lower case); empty when it does not exist.
+    QStringList columns(const QString& table);
+    bool has_column(const QString& table, const QString& column) { return columns(table).contains(column.toLower()); }
+    // Inserts the values whose columns the table has; the others are left out.
+    qint64 insert_present(const QString& table, const QVariantMap& values);
+
     // The rows the app writes, with the columns the readers look at.
+    // A thumbnail id from add_thumbnail is this writer's handle: on models
+    // that keep the mrl in the media or album row it names no table row.
     qint64 add_thumbnail(const QString& mrl);
+    // A media row (any Media columns, by name) with its thumbnail, if valid.
+    qint64 add_media(const QVariantMap& columns, const QVariant& thumbnail_id);
+    // Where playback stopped: a fraction and a time, as the model keeps them.
+    bool set_position(qint64 media_id, double fraction, qint64 time_ms);
     qint64 add_artist(const QString& name);
     qint64 add_album(const QVariant& title, const QVariant& artist_id, const QVariant& thumbnail_id, int nb_tracks,
                      qint64 duration_ms);
@@ -57,7 +76,17 @@ public:
     qint64 add_playlist_item(qint64 playlist_id, const QVariant& media_id, int position);
 
 private:
+    enum class entity { media = 0, album = 1 };
+    bool attach_thumbnail(entity kind, qint64 id, const QVariant& thumbnail_id);
+    bool update(const QString& table, const QString& key_column, qint64 key, const QVariantMap& values);
+    QVariant present_value(int nb_tracks) const;
+    QVariantMap with_required(const QString& table, const QVariantMap& values);
+
     QString m_name;
+    int m_model = 0;
+    QHash<QString, QStringList> m_columns;
+    QHash<QString, QStringList> m_required;  // NOT NULL without a default
+    QHash<qint64, QString> m_row_thumbnails;  // handles of mrls kept in rows
     QString m_path;
     QSqlDatabase m_db;
     QHash<QString, QSqlQuery> m_statements;  // prepared once per column set

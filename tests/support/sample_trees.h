@@ -28,3 +28,12 @@ bool write_macos_sample_tree(const QString& root, QString* error);
 bool write_windows_sample_tree(const QString& root, QString* error);
 bool write_android_sample_tree(const QString& root, QString* error);
 bool write_ios_sample_tree(const QString& root, QString* error);
+
+// Where an Android image keeps the app's data: an unpacked backup, or a full
+// file-system extraction with shared storage under data/media/0 or media/0.
+enum class android_layout { backup, file_system_data_media, file_system_media };
+// The same small library in the media database of any model the shared
+// samples have a schema for, with the files it names, in the given layout.
+bool write_android_model_tree(const QString& root, int model, android_layout layout, QString* error);
+// The demo's second Android sample: the current model in a full extraction.
+bool write_android_current_sample_tree(const QString& root, QString* error);
