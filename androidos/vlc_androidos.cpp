@@ -16,6 +16,16 @@ const QString k_file_system_database = "data/data/org.videolan.vlc/app_db/vlc_me
 // may keep it.
 const char* const k_file_system_storage[] = {"data/media/", "media/"};
 
+// Whether a fixed path of the app's layout is present, judged without
+// looking outside the source: its folder must stay inside, and the entry is
+// only looked at itself (a link counts as present, so that the guard refuses
+// and logs it where the layout is chosen).
+bool entry_present(const QString& path, const QString& source_root)
+{
+    const QFileInfo entry(path);
+    return source_path_guard::is_inside_root(entry.path(), source_root) && (entry.isSymLink() || entry.exists());
+}
+
 }  // namespace
 
 QString vlc_androidos::phone_path_of_mrl(const QString& mrl)
@@ -51,7 +61,7 @@ void vlc_androidos::find_source_file()
     // a full file-system extraction keeps it in data/data/<package>.
     QString candidate = source_root + k_database_relative;
     use_backup_layout();
-    if (!QFileInfo::exists(candidate)) {
+    if (!entry_present(candidate, source_root)) {
         candidate = source_root + k_file_system_database;
         use_file_system_layout();
     }
@@ -104,7 +114,8 @@ void vlc_androidos::use_file_system_layout()
     private_folder = "data/data/org.videolan.vlc/";
     shared_storage = k_file_system_storage[0];
     for (const char* storage : k_file_system_storage) {
-        if (QFileInfo(source_root + storage + "0").isDir()) {
+        const QString folder = source_root + storage + "0";
+        if (source_path_guard::is_inside_root(folder, source_root) && QFileInfo(folder).isDir()) {
             shared_storage = storage;
             break;
         }
