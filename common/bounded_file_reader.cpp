@@ -18,7 +18,10 @@ result read(const QString& path, qint64 cap_bytes)
         return out;
     out.opened = true;
     cap_bytes = qMax<qint64>(0, cap_bytes);
-    out.data = file.read(cap_bytes);
+    // read(n) sets n bytes aside before reading: ask for no more than the
+    // file says it holds, or every small file would cost the whole ceiling.
+    const qint64 known = file.size();
+    out.data = file.read(known > 0 ? qMin(cap_bytes, known) : cap_bytes);
     // A file that reports no size (those of virtual file systems) is probed
     // by reading one byte past the ceiling.
     out.truncated = file.size() > cap_bytes || (out.data.size() == cap_bytes && !file.read(1).isEmpty());

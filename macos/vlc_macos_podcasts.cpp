@@ -33,6 +33,10 @@ void vlc_macos::extract_podcasts()
     }
     prepared_statement insert(connection.db(), k_insert_podcasts, prepared_statement::text_binding::empty_as_null);
 
+    // One buffer for every line: readLine(max) would allocate the whole
+    // ceiling afresh for each line, however short, and a file of many short
+    // lines would cost a megabyte per line.
+    QByteArray buffer(k_max_line_bytes + 1, Qt::Uninitialized);
     for (const QString& configuration : configuration_files) {
         if (cancel_requested)
             break;
@@ -45,7 +49,10 @@ void vlc_macos::extract_podcasts()
         const QString source_file = path_below_root(configuration);
         const QString relation = source_file_columns(configuration).value(1);
         while (!file.atEnd() && !cancel_requested) {
-            const QByteArray line = file.readLine(k_max_line_bytes);
+            const qint64 length = file.readLine(buffer.data(), buffer.size());
+            if (length < 0)
+                break;
+            const QByteArray line = QByteArray::fromRawData(buffer.constData(), length);
             if (!line.startsWith(k_podcast_key))
                 continue;
             const QString urls = QString::fromUtf8(line).trimmed().mid(k_podcast_key.size());

@@ -1,7 +1,9 @@
 #include "lnk_paser_class.h"
 
 #include <QByteArray>
+#include <QtEndian>
 
+#include "bounded_file_reader.h"
 
 namespace {
 
@@ -49,10 +51,64 @@ QString read_text(liblnk_file_t* file, liblnk_error_t** error, size_call get_siz
 
 using filetime_call = int (*)(liblnk_file_t*, uint64_t*, liblnk_error_t**);
 
+// Real links are a few kilobytes; a bigger file is not one.
+constexpr qint64 k_max_link_bytes = 4LL * 1024 * 1024;
+
+// liblnk allocates the location-information block and each extra data block
+// at the size the file declares, before reading it: a hundred hostile bytes
+// can ask for gigabytes. Links whose declared 32-bit sizes reach past the end
+// of the file are left unread, as links the library cannot open are. Only
+// what decides those positions is looked at; the rest is the library's job.
+bool declared_sizes_fit(const QString& path)
+{
+    const bounded_file_reader::result read = bounded_file_reader::read(path, k_max_link_bytes);
+    if (!read.opened)
+        return true;  // the library gives its own answer
+    if (read.truncated)
+        return false;
+    const QByteArray& data = read.data;
+    const qint64 size = data.size();
+    constexpr qint64 k_header_size = 76;
+    if (size < k_header_size)
+        return true;
+    // Zero past the end: every caller has made sure it never is.
+    const auto u16 = [&](qint64 at) -> quint16 {
+        return at + 2 <= size ? qFromLittleEndian<quint16>(data.constData() + at) : 0;
+    };
+    const auto u32 = [&](qint64 at) -> quint32 {
+        return at + 4 <= size ? qFromLittleEndian<quint32>(data.constData() + at) : 0;
+    };
+    const quint32 flags = u32(20);
+    qint64 at = k_header_size;
+    if ((flags & 0x01) && at + 2 <= size)  // target identifier list
+        at += 2 + u16(at);
+    if (flags & 0x02) {  // location information
+        if (at + 4 > size)
+            return true;
+        if (u32(at) > size - at)
+            return false;
+        at += u32(at);
+    }
+    const int char_size = (flags & 0x80) ? 2 : 1;
+    for (const quint32 string_flag : {0x04u, 0x08u, 0x10u, 0x20u, 0x40u}) {
+        if ((flags & string_flag) && at + 2 <= size)
+            at += 2 + qint64(u16(at)) * char_size;
+    }
+    for (; at + 4 <= size; at += u32(at)) {  // extra data blocks, up to the terminal one
+        if (u32(at) < 4)
+            break;
+        if (u32(at) > size - at)
+            return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 int lnk_paser_class::start_parsing_lnk(QString path)
 {
+    if (!declared_sizes_fit(path))
+        return -1;
     lnk_error_owner error;
     liblnk_file_t* raw = nullptr;
     if (liblnk_file_initialize(&raw, &error.error) != 1)

@@ -181,6 +181,32 @@ private slots:
         QVERIFY(reader.lnk_info_list.size() <= (link.size() - 76) / 7 + 1);
     }
 
+    // A hostile link declares a block of gigabytes in a few bytes; the
+    // library would allocate it before reading. The sanitizer run caps single
+    // allocations at 1 GB, so there a link reaching the library would abort.
+    void sizes_declared_beyond_the_file_are_refused()
+    {
+        const QByteArray link = shell_link_writer::build(full_link());
+        const auto u32_at = [&](int at) { return qFromLittleEndian<quint32>(link.constData() + at); };
+        const auto with_size = [&](int at) {
+            QByteArray patched = link;
+            qToLittleEndian<quint32>(0xFFFFFFF0u, patched.data() + at);
+            return patched;
+        };
+        QVERIFY(u32_at(20) & 0x3);  // target identifiers and location information present
+        const int location = 76 + 2 + qFromLittleEndian<quint16>(link.constData() + 76);
+        QCOMPARE(u32_at(location + 4), 28u);  // the location block's header size: the walk found it
+        const int environment = int(link.indexOf(QByteArray::fromHex("010000a0"))) - 4;
+        QVERIFY(environment > location);
+
+        lnk_paser_class reader;
+        QCOMPARE(reader.start_parsing_lnk(write("location.lnk", with_size(location))), -1);
+        QCOMPARE(reader.start_parsing_lnk(write("extra.lnk", with_size(environment))), -1);
+        QVERIFY(reader.lnk_info_list.isEmpty());
+        QCOMPARE(reader.start_parsing_lnk(write("intact.lnk", link)), 0);
+        QCOMPARE(reader.lnk_info_list.size(), 1);
+    }
+
     void real_samples_parse_with_their_known_values()
     {
         const QString folder = test_support::shared_fixtures_dir() + "/windows/lnk";

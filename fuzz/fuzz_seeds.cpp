@@ -1,0 +1,108 @@
+// Writes the seed corpus of every fuzz target below a folder:
+//   fuzz_seeds OUT_DIR
+// Seeds are the player's files from our sample trees, a few more made by the
+// fixture generators, and the real samples in the shared fixtures (read from
+// there, never kept in the repository). A seed's file name is the hash of its
+// bytes, so reruns and duplicates add nothing.
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QDirIterator>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+#include "compound_file_writer.h"
+#include "plist_writer.h"
+#include "sample_trees.h"
+#include "shell_link_writer.h"
+#include "tree_writer.h"
+
+namespace {
+
+struct corpus
+{
+    QString folder;
+    int written = 0;
+
+    void add(const QByteArray& bytes)
+    {
+        const QString name = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex();
+        if (tree_writer::write_file(folder + "/" + name, bytes))
+            ++written;
+    }
+    // Every regular file below dir whose name matches one of the patterns.
+    void add_files(const QString& dir, const QStringList& patterns)
+    {
+        for (QDirIterator it(dir, patterns, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories); it.hasNext();)
+            add(tree_writer::read_file(it.next()));
+    }
+};
+
+bool write_tree(const QString& root, bool (*write)(const QString&, QString*))
+{
+    QString error;
+    if (QDir().mkpath(root) && write(root, &error))
+        return true;
+    std::fprintf(stderr, "fuzz_seeds: %s\n", qPrintable(error));
+    return false;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: fuzz_seeds OUT_DIR\n");
+        return 2;
+    }
+    const QString out = QString::fromLocal8Bit(argv[1]);
+    QTemporaryDir trees;
+    const QString macos = trees.filePath("macos");
+    const QString windows = trees.filePath("windows");
+    const QString android = trees.filePath("android");
+    if (!write_tree(macos, write_macos_sample_tree) || !write_tree(windows, write_windows_sample_tree)
+        || !write_tree(android, write_android_sample_tree))
+        return 1;
+    const QString shared = tree_writer::shared_fixtures_dir();
+
+    corpus media_library{out + "/fuzz_macos_media_library"};
+    media_library.add_files(macos, {"*.xspf"});
+    media_library.add_files(shared + "/vlc", {"ml.xspf"});
+
+    corpus playlists{out + "/fuzz_winos_playlists"};
+    playlists.add_files(windows, {"*.m3u", "*.m3u8", "*.xspf"});
+    playlists.add_files(shared + "/vlc", {"ml.xspf"});
+
+    corpus podcasts{out + "/fuzz_vlcrc_podcasts"};
+    podcasts.add_files(macos, {"vlcrc"});
+    podcasts.add_files(windows, {"vlcrc"});
+    podcasts.add_files(shared + "/vlc", {"vlcrc"});
+
+    corpus plists{out + "/fuzz_property_lists"};
+    plists.add_files(macos, {"*.plist", "*.sfl"});
+    plists.add(plist_writer::recent_documents_list({"a.mp4", "b.mp3"}, plist_writer::format::binary));
+    plists.add(plist_writer::keyed_archive({"file:///Users/a/b.mp4"}, plist_writer::format::xml));
+    plists.add_files(shared + "/macos", {"*.plist", "*.sfl*", "*.btm", "*.book"});
+
+    corpus links{out + "/fuzz_shell_link"};
+    links.add(shell_link_writer::build(shell_link_writer::media_link("C:\\Users\\a\\Music\\b.mp3", 1600000000, 42)));
+    links.add_files(shared + "/windows/lnk", {"*.lnk", "*.lnk.test", "*.lnk_"});
+
+    corpus compound{out + "/fuzz_compound_file"};
+    compound.add_files(windows, {"*.automaticDestinations-ms"});
+    compound.add(compound_file_writer::jump_list(
+        {shell_link_writer::build(shell_link_writer::media_link("C:\\Users\\a\\b.m3u", 1600000000, 7))}));
+    compound.add_files(shared + "/windows/olecf", {"*.cfs", "*.doc", "*.xls", "*.db", "*.ole"});
+    compound.add_files(shared + "/windows/jumplists", {"*.automaticDestinations-ms"});
+
+    corpus databases{out + "/fuzz_android_database"};
+    databases.add_files(android, {"vlc_media.db"});
+    databases.add_files(shared + "/android/schemas", {"*.db"});
+
+    for (const corpus* c : {&media_library, &playlists, &podcasts, &plists, &links, &compound, &databases})
+        std::printf("%-40s %d seeds\n", qPrintable(QDir(c->folder).dirName()), c->written);
+    return 0;
+}
