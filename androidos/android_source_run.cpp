@@ -60,6 +60,8 @@ bool android_source_run::open(const QString& source_path, const QString& source_
 bool android_source_run::select(const QString& select_statement)
 {
     row_started();
+    m_row_ceiling = row_ceiling(select_statement);
+    m_rows_given = 0;
     m_rows = std::make_unique<prepared_statement>(m_source->db(), select_statement);
     if (!m_rows->execute(QStringList())) {
         log_query_failure("query_select --------FAILED---------- ", *m_rows);
@@ -67,6 +69,36 @@ bool android_source_run::select(const QString& select_statement)
         return false;
     }
     return true;
+}
+
+bool android_source_run::next_row()
+{
+    row_started();
+    if (!m_rows->next())
+        return false;
+    if (m_rows_given == m_row_ceiling) {
+        plugin_static_function::app_debug("damaged database, the table gives more rows than it holds; the rest of it "
+                                          "is skipped: " + source_name(),
+                                          m_signature);
+        return false;
+    }
+    ++m_rows_given;
+    return true;
+}
+
+// A damaged table can send its scan round in circles: where two rows carry
+// one row number, SQLite goes back to the first of them whenever another
+// statement has run in between, as the lookups of every row do. The scan is
+// therefore held to the number of rows the same statement counts when run
+// alone, which a sound database always reaches and never passes.
+qint64 android_source_run::row_ceiling(const QString& select_statement)
+{
+    QSqlQuery count(m_source->db());
+    if (count.exec("SELECT count(*) FROM (" + select_statement + ")") && count.next())
+        return count.value(0).toLongLong();
+    // Too damaged to count: no row of a table takes less than four bytes of
+    // its file.
+    return QFileInfo(source_name()).size() / 4;
 }
 
 bool android_source_run::companions_inside(const QString& source_path, const QString& source_root) const

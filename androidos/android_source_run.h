@@ -35,12 +35,9 @@ public:
     bool select(const QString& select_statement);
 
     prepared_statement& rows() { return *m_rows; }
-    // The next row of the main statement; starts that row's time.
-    bool next_row()
-    {
-        row_started();
-        return m_rows->next();
-    }
+    // The next row of the main statement; starts that row's time. Never more
+    // rows than the statement counts when run alone (see row_ceiling).
+    bool next_row();
     const QSqlDatabase& source() const { return m_source->db(); }
     const QSqlDatabase& result() const { return m_result->db(); }
     QString source_name() const;
@@ -71,6 +68,7 @@ private:
     void tune_source_cache();
     void watch_source_statements();
     static int over_row_limit(void* run);
+    qint64 row_ceiling(const QString& select_statement);
     void close();
 
     QString m_signature;
@@ -78,6 +76,8 @@ private:
     std::unique_ptr<sqlite_connection_scope> m_result;
     std::unique_ptr<sqlite_connection_scope> m_source;
     std::unique_ptr<prepared_statement> m_rows;
+    qint64 m_row_ceiling = 0;
+    qint64 m_rows_given = 0;
     QElapsedTimer m_row_timer;
     bool m_over_limit = false;
 };

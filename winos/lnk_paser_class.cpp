@@ -1,9 +1,9 @@
 #include "lnk_paser_class.h"
 
 #include <QByteArray>
-#include <QtEndian>
 
 #include "bounded_file_reader.h"
+#include "little_endian_bytes.h"
 
 namespace {
 
@@ -71,13 +71,8 @@ bool declared_sizes_fit(const QString& path)
     constexpr qint64 k_header_size = 76;
     if (size < k_header_size)
         return true;
-    // Zero past the end: every caller has made sure it never is.
-    const auto u16 = [&](qint64 at) -> quint16 {
-        return at + 2 <= size ? qFromLittleEndian<quint16>(data.constData() + at) : 0;
-    };
-    const auto u32 = [&](qint64 at) -> quint32 {
-        return at + 4 <= size ? qFromLittleEndian<quint32>(data.constData() + at) : 0;
-    };
+    const auto u16 = [&](qint64 at) { return little_endian_at<quint16>(data, at); };
+    const auto u32 = [&](qint64 at) { return little_endian_at<quint32>(data, at); };
     const quint32 flags = u32(20);
     qint64 at = k_header_size;
     if ((flags & 0x01) && at + 2 <= size)  // target identifier list

@@ -8,6 +8,8 @@
 
 #include <vector>
 
+#include "little_endian_bytes.h"
+
 
 namespace {
 
@@ -76,14 +78,8 @@ private:
     static constexpr quint32 k_last_sector_id = 0xFFFFFFF9;
     static constexpr int k_entry_size = 128;
 
-    static quint16 u16(const QByteArray& data, int offset)
-    {
-        return qFromLittleEndian<quint16>(data.constData() + offset);
-    }
-    static quint32 u32(const QByteArray& data, int offset)
-    {
-        return qFromLittleEndian<quint32>(data.constData() + offset);
-    }
+    static quint16 u16(const QByteArray& data, int offset) { return little_endian_at<quint16>(data, offset); }
+    static quint32 u32(const QByteArray& data, int offset) { return little_endian_at<quint32>(data, offset); }
 
     // The library ends a chain at either of these marks.
     static bool ends_chain(quint32 sector) { return sector == k_end_of_chain || sector == k_free; }

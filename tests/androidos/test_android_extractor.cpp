@@ -8,6 +8,7 @@
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
+#include <QtEndian>
 #include <QtTest>
 
 #include "controller_setup.h"
@@ -92,6 +93,38 @@ void fail_reads_for_second_playlist(const QString& root, const QString& table, c
                           QString("CREATE VIEW %1 AS SELECT CASE WHEN %2 = 2 THEN abs(-9223372036854775808) ELSE %3 "
                                   "END AS %3, %2 FROM original_%1")
                               .arg(table, key, column)});
+}
+
+int root_page(const QString& root, const QString& table)
+{
+    const QList<QVariantList> rows = test_support::query_rows(
+        QDir(root).filePath(k_database), "select rootpage from sqlite_master where name='" + table + "'");
+    return rows.isEmpty() ? 0 : rows.first().first().toInt();
+}
+
+// A damaged file whose scan of Album goes round in circles unless the reader
+// stops it: the last album's row number becomes 0, out of order, and
+// AlbumTrack's page is no b-tree page any more, so each album's track lookup
+// fails, after which SQLite seeks the scan back to row number 0 and finds the
+// albums again from the start (as one long fuzzing run found).
+void put_albums_out_of_order(const QString& root)
+{
+    alter_database(root, {"PRAGMA journal_mode=DELETE"});
+    const QString path = QDir(root).filePath(k_database);
+    constexpr int k_page = 4096;  // the generator's page size
+    const int album = root_page(root, "Album");
+    const int tracks = root_page(root, "AlbumTrack");
+    QByteArray file = tree_writer::read_file(path);
+    QVERIFY(album > 1 && tracks > 1 && file.size() >= qMax(album, tracks) * k_page);
+    const qsizetype page = qsizetype(album - 1) * k_page;
+    QCOMPARE(int(file[page]), 0x0D);  // a leaf holding all three albums
+    const int cells = qFromBigEndian<quint16>(file.constData() + page + 3);
+    const int last_cell = qFromBigEndian<quint16>(file.constData() + page + 8 + 2 * (cells - 1));
+    // One byte of payload size, then the row number, also one byte.
+    QVERIFY(quint8(file[page + last_cell]) < 0x80 && quint8(file[page + last_cell + 1]) < 0x80);
+    file[page + last_cell + 1] = 0;
+    file[qsizetype(tracks - 1) * k_page] = 0;
+    QVERIFY(tree_writer::write_file(path, file));
 }
 
 void replace_database(const QString& root, const QByteArray& content)
@@ -317,6 +350,9 @@ private slots:
                                         << QList<qint64>{0, 3, 3, 5};
         QTest::newRow("no File.size") << "ALTER TABLE File DROP COLUMN size"
                                       << "query_select_file --------FAILED---------- " << QList<qint64>{0, 3, 3, 5};
+        QTest::newRow("albums out of order") << "out of order"
+                                             << "damaged database, the table gives more rows than it holds"
+                                             << QList<qint64>{8, 3, 3, 5};
         QTest::newRow("text for numbers")
             << "UPDATE Media SET duration='long', type='video', play_count='many'; UPDATE Album SET duration=x'00ff'"
             << "" << QList<qint64>{8, 3, 3, 5};
@@ -339,6 +375,8 @@ private slots:
         } else if (damage == "truncated") {
             alter_database(root, {"PRAGMA journal_mode=DELETE"});
             replace_database(root, tree_writer::read_file(path).left(3 * 4096 + 100));
+        } else if (damage == "out of order") {
+            put_albums_out_of_order(root);
         } else {
             alter_database(root, damage.split("; "));
         }
