@@ -57,20 +57,20 @@ void setup_failed(const QString& what)
     std::abort();
 }
 
-tree_run::tree_run(const tree_spec& spec) : m_source(temporary_template()), m_out(temporary_template())
+tree_run::tree_run(const sample_tree_choice& tree) : m_source(temporary_template()), m_out(temporary_template())
 {
     start_application();
     QString error;
-    if (!m_source.isValid() || !m_out.isValid() || !spec.write(m_source.path(), &error))
+    if (!m_source.isValid() || !m_out.isValid() || !tree.write(m_source.path(), &error))
         setup_failed("sample tree: " + error);
 
     controller_setup setup;
     setup.source.source_path_1 = root();
-    setup.source.os_scheme_display = spec.os_scheme;
-    setup.source.os_scheme_internal = spec.os_scheme;
-    for (const QString& name : spec.users)
+    setup.source.os_scheme_display = tree.os_scheme;
+    setup.source.os_scheme_internal = tree.os_scheme;
+    for (const QString& name : tree.users)
         setup.source.system_account_QList << struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account{name, QString()};
-    setup.tables = spec.tables;
+    setup.tables = tree.tables;
     setup.result_dir = m_out.path();
     m_controller = std::make_unique<vlc>();
     prepare_controller(*m_controller, setup);

@@ -38,7 +38,7 @@ void write_input(const QString& path, const uint8_t* data, size_t size);
 // in the code under test.
 [[noreturn]] void setup_failed(const QString& what);
 
-struct tree_spec
+struct sample_tree_choice
 {
     QString os_scheme;  // "macOS", "winOS", "androidOS"
     std::function<bool(const QString& root, QString* error)> write;
@@ -50,7 +50,7 @@ struct tree_spec
 class tree_run
 {
 public:
-    explicit tree_run(const tree_spec& spec);
+    explicit tree_run(const sample_tree_choice& tree);
     ~tree_run();
 
     QString root() const { return m_source.path() + "/"; }
