@@ -86,9 +86,10 @@ bool android_source_run::next_row()
     return true;
 }
 
-// A damaged table can send its scan round in circles: where two rows carry
-// one row number, SQLite goes back to the first of them whenever another
-// statement has run in between, as the lookups of every row do. The scan is
+// A damaged table can send its scan round in circles: where its row numbers
+// are out of order, SQLite can seek the scan back to an earlier row whenever
+// another statement of the connection has failed in between, as the lookups
+// of every row do on a damaged database. The scan is
 // therefore held to the number of rows the same statement counts when run
 // alone, which a sound database always reaches and never passes.
 qint64 android_source_run::row_ceiling(const QString& select_statement)
