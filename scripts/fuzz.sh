@@ -19,8 +19,10 @@ cmake --build "$build" --target fuzz_all -j"$(nproc)"
 
 targets=("$@")
 if [ ${#targets[@]} -eq 0 ]; then
-  targets=(fuzz_macos_media_library fuzz_winos_playlists fuzz_vlcrc_podcasts fuzz_property_lists
-           fuzz_shell_link fuzz_compound_file fuzz_android_database)
+  # Every target fuzz/CMakeLists.txt builds, so a new one is run without being listed twice.
+  while IFS= read -r name; do
+    targets+=("$name")
+  done < <(find "$build/fuzz" -maxdepth 1 -type f -name 'fuzz_*' ! -name fuzz_seeds -perm -u+x -printf '%f\n' | sort)
 fi
 
 rm -rf "$build/corpus"
