@@ -174,6 +174,46 @@ QMap<QString, QByteArray> snapshot_tree(const QString& root)
     return snapshot;
 }
 
+bool tree_run::write(const std::function<bool(const QString& root, QString* error)>& writer)
+{
+    QString error;
+    if (writer(source.path(), &error))
+        return true;
+    result.err = "cannot write the tree: " + error;
+    return false;
+}
+
+bool tree_run::run(const QStringList& extra)
+{
+    result = run_host(QStringList{"--source", source.path(), "--out", out.path(), "--debug-log", debug_log()} + extra);
+    return result.finished && result.exit_code == 0;
+}
+
+QString tree_run::golden_text(const QStringList& masked) const
+{
+    QString text;
+    const auto tables = query_rows(database(), "SELECT name FROM sqlite_master WHERE type='table' ORDER BY name");
+    for (const QVariantList& table : tables) {
+        const QString name = table.value(0).toString();
+        QStringList columns;
+        for (const QString& mask : masked) {
+            if (!mask.contains('.'))
+                columns << mask;
+            else if (mask.section('.', 0, 0) == name)
+                columns << mask.section('.', 1);
+        }
+        QStringList lines = dump_table(database(), name, columns).split('\n', Qt::SkipEmptyParts);
+        lines.sort();  // folder listings need not come in one order
+        text += QString("== %1 (%2 rows)\n").arg(name).arg(lines.size());
+        for (const QString& line : lines)
+            text += line + '\n';
+    }
+    text += "== debug log\n";
+    for (const QString& message : log_messages(read_lines(debug_log())))
+        text += message + '\n';
+    return text.replace(source.path(), "<source>").replace(out.path(), "<out>");
+}
+
 QStringList read_lines(const QString& path)
 {
     QFile file(path);

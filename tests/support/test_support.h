@@ -8,7 +8,10 @@
 #include <QMap>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 #include <QVariant>
+
+#include <functional>
 
 namespace test_support {
 
@@ -46,6 +49,28 @@ QString compare_with_golden(const QString& name, const QString& text);
 // Content hash, size, modification time and mode of every entry below root
 // (links not followed), keyed by relative path.
 QMap<QString, QByteArray> snapshot_tree(const QString& root);
+
+// One evidence tree written by a generator into a temporary folder and the host
+// program run on it: the shared frame of every end-to-end test.
+struct tree_run
+{
+    QTemporaryDir source;
+    QTemporaryDir out;
+    process_result result;
+
+    // Writes the tree; false (with the reason in result.err) when it could not.
+    bool write(const std::function<bool(const QString& root, QString* error)>& writer);
+    // Runs the host with --source, --out and a plain --debug-log, then extra;
+    // true when it exited 0.
+    bool run(const QStringList& extra = {});
+    QString database() const { return out.path() + "/Artifacts_Result/VLC/VLC.sqlite"; }
+    QString debug_log() const { return out.filePath("debug.log"); }
+    // Every table's rows (sorted within the table, NULL columns left out), then
+    // the debug log's messages, with the source root shown as "<source>" and
+    // the masked columns as "*" (a mask "column" applies to every table,
+    // "table.column" to one): the text a golden file holds.
+    QString golden_text(const QStringList& masked = {}) const;
+};
 
 // Lines of a plain debug log file.
 QStringList read_lines(const QString& path);
