@@ -25,16 +25,6 @@ QString yes_unless_zero(const QString& value)
     return value == "0" ? "NO" : "YES";
 }
 
-// hh:mm:ss of a time in milliseconds.
-QString clock_text(qint64 milliseconds)
-{
-    const qint64 seconds = milliseconds / 1000;
-    return QString("%1:%2:%3")
-        .arg(seconds / 3600, 2, 10, QChar('0'))
-        .arg(seconds / 60 % 60, 2, 10, QChar('0'))
-        .arg(seconds % 60, 2, 10, QChar('0'));
-}
-
 // Where playback stopped, as "Position: 42% (00:12:34)": from the fraction
 // played (progress, later last_position) and the time (last_time, else the
 // fraction of the duration). The app keeps -1 for no position, and a
@@ -62,16 +52,8 @@ QString position_text(const prepared_statement& media)
     if (has_fraction)
         parts << QString::number(qRound(fraction * 100)) + "%";
     if (has_time)
-        parts << "(" + clock_text(time_ms) + ")";
+        parts << "(" + plugin_static_function::clock_text_from_milliseconds(time_ms) + ")";
     return parts.isEmpty() ? QString() : "Position: " + parts.join(' ');
-}
-
-// The description column: a track's description, then the position.
-QString with_position(const QString& description, const QString& position)
-{
-    if (position.isEmpty())
-        return description;
-    return description.isEmpty() ? position : description + k_separator + position;
 }
 
 // The lookup query objects of one run, each kept prepared for its statement.
@@ -140,7 +122,7 @@ bool vlc_androidos::insert_media_library_rows(android_source_run& run)
         const QString artist = get_artist_name(album.artist_id, lookups.artist);
         const QString thumbnail = thumbnail_of(media.text(9), thumbnail_in_row, lookups.thumbnail);
         if (with_positions)
-            audio.description = with_position(audio.description, position_text(media));
+            audio.description = plugin_static_function::description_with(audio.description, position_text(media));
 
         const QString relative_path = path_below_root(full_path);
         const QString relative_thumbnail = path_below_root(thumbnail);

@@ -80,6 +80,11 @@ public:
     // An unsigned decimal number (as text) at least width characters wide,
     // padded with "0" on the left; text that is no such number gives 0.
     static QString zero_padded_number(const QString& number, int width);
+    // A playback position in milliseconds as "hh:mm:ss" (hours from 00 up).
+    static QString clock_text_from_milliseconds(qint64 milliseconds);
+    // A row's description followed by further facts, ";++::++;" between the
+    // two when both are there.
+    static QString description_with(const QString& description, const QString& facts);
     static QString human_readable_size(QString bytes);
     static QString mining_suffix(QString path);
     static QString mining_size(QString path);

@@ -140,6 +140,22 @@ QString plugin_static_function::zero_padded_number(const QString& number, int wi
     return QString::number(number.toULongLong(nullptr, 10)).rightJustified(width, QChar('0'));
 }
 
+QString plugin_static_function::clock_text_from_milliseconds(qint64 milliseconds)
+{
+    const qint64 seconds = qMax<qint64>(0, milliseconds) / 1000;
+    return QString("%1:%2:%3")
+        .arg(seconds / 3600, 2, 10, QChar('0'))
+        .arg(seconds / 60 % 60, 2, 10, QChar('0'))
+        .arg(seconds % 60, 2, 10, QChar('0'));
+}
+
+QString plugin_static_function::description_with(const QString& description, const QString& facts)
+{
+    if (facts.isEmpty())
+        return description;
+    return description.isEmpty() ? facts : description + ";++::++;" + facts;
+}
+
 QString plugin_static_function::human_readable_size(QString bytes)
 {
     const QString text = bytes.trimmed();

@@ -14,6 +14,8 @@
 #include <cstdio>
 
 #include "compound_file_writer.h"
+#include "olecf_file_parse.h"
+#include "qt_ini_writer.h"
 #include "plist_writer.h"
 #include "sample_trees.h"
 #include "shell_link_writer.h"
@@ -98,11 +100,28 @@ int main(int argc, char** argv)
     compound.add_files(shared + "/windows/olecf", {"*.cfs", "*.doc", "*.xls", "*.db", "*.ole"});
     compound.add_files(shared + "/windows/jumplists", {"*.automaticDestinations-ms"});
 
+    corpus destinations{out + "/fuzz_dest_list"};
+    for (const quint32 version : {1u, 3u, 4u, 6u})
+        destinations.add(compound_file_writer::dest_list(version, {{1, 133589461530000000, 3, true, "pc", "store"}, {2}}));
+    for (QDirIterator it(shared + "/windows/jumplists", {"*.automaticDestinations-ms"}, QDir::Files,
+                         QDirIterator::Subdirectories);
+         it.hasNext();)
+        olecf_file_parse().read_streams(it.next(), [&](const QString& name, const QByteArray& data) {
+            if (name == "DestList")
+                destinations.add(data);
+        });
+
+    corpus settings{out + "/fuzz_interface_settings"};
+    settings.add_files(windows, {"vlc-qt-interface.ini"});
+    settings.add_files(shared + "/vlc", {"vlc-qt-interface.*"});
+    settings.add(qt_ini_writer::interface_settings({"a,b", " c "}, {"1", "-1"}, {"x;y"}));
+
     corpus databases{out + "/fuzz_android_database"};
     databases.add_files(android, {"vlc_media.db"});
     databases.add_files(shared + "/android/schemas", {"*.db"});
 
-    for (const corpus* c : {&media_library, &playlists, &podcasts, &plists, &links, &compound, &databases})
+    for (const corpus* c : {&media_library, &playlists, &podcasts, &plists, &links, &compound, &destinations, &settings,
+                            &databases})
         std::printf("%-40s %d seeds\n", qPrintable(QDir(c->folder).dirName()), c->written);
     return 0;
 }

@@ -4,6 +4,7 @@
 
 #include "bounded_file_reader.h"
 #include "little_endian_bytes.h"
+#include "memory_file.h"
 
 namespace {
 
@@ -59,15 +60,11 @@ constexpr qint64 k_max_link_bytes = 4LL * 1024 * 1024;
 // can ask for gigabytes. Links whose declared 32-bit sizes reach past the end
 // of the file are left unread, as links the library cannot open are. Only
 // what decides those positions is looked at; the rest is the library's job.
-bool declared_sizes_fit(const QString& path)
+bool declared_sizes_fit(const QByteArray& data)
 {
-    const bounded_file_reader::result read = bounded_file_reader::read(path, k_max_link_bytes);
-    if (!read.opened)
-        return true;  // the library gives its own answer
-    if (read.truncated)
-        return false;
-    const QByteArray& data = read.data;
     const qint64 size = data.size();
+    if (size > k_max_link_bytes)
+        return false;
     constexpr qint64 k_header_size = 76;
     if (size < k_header_size)
         return true;
@@ -98,12 +95,39 @@ bool declared_sizes_fit(const QString& path)
     return true;
 }
 
+bool declared_sizes_fit(const QString& path)
+{
+    const bounded_file_reader::result read = bounded_file_reader::read(path, k_max_link_bytes);
+    if (!read.opened)
+        return true;  // the library gives its own answer
+    return !read.truncated && declared_sizes_fit(read.data);
+}
+
 }  // namespace
+
+lnk_paser_class::lnk_paser_class() = default;
+lnk_paser_class::~lnk_paser_class() = default;
+
+int lnk_paser_class::start_parsing_lnk_data(const QByteArray& data)
+{
+    if (!declared_sizes_fit(data))
+        return -1;
+    if (!m_memory)
+        m_memory = std::make_unique<memory_file>();
+    if (!m_memory->assign(data))
+        return -1;
+    return open_and_read(m_memory->path());
+}
 
 int lnk_paser_class::start_parsing_lnk(QString path)
 {
     if (!declared_sizes_fit(path))
         return -1;
+    return open_and_read(path);
+}
+
+int lnk_paser_class::open_and_read(const QString& path)
+{
     lnk_error_owner error;
     liblnk_file_t* raw = nullptr;
     if (liblnk_file_initialize(&raw, &error.error) != 1)

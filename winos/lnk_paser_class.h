@@ -6,7 +6,11 @@
 #include <QList>
 #include <QString>
 
+#include <memory>
+
 #include "libyal_headers.h"
+
+class memory_file;
 
 struct struct_lnk_info
 {
@@ -32,11 +36,14 @@ struct struct_lnk_info
 class lnk_paser_class
 {
 public:
-    lnk_paser_class() = default;
-    virtual ~lnk_paser_class() = default;
+    lnk_paser_class();
+    virtual ~lnk_paser_class();
 
     // 0 when the file opened as a shell link (one record appended), else -1.
     virtual int start_parsing_lnk(QString path);
+    // The same for a link already in memory (a jump list's stream): no file
+    // is made for it on disk.
+    int start_parsing_lnk_data(const QByteArray& data);
     virtual void get_lnk_info(liblnk_file_t* file, liblnk_error_t** error);
     virtual QString get_link_target(liblnk_file_t* file, liblnk_error_t** error);
     virtual QString get_env_variable(liblnk_file_t* file, liblnk_error_t** error);
@@ -61,4 +68,8 @@ public:
 
 protected:
     struct_lnk_info* current_record = nullptr;
+
+private:
+    int open_and_read(const QString& path);
+    std::unique_ptr<memory_file> m_memory;  // made on the first link read from memory
 };

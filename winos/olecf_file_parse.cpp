@@ -231,30 +231,50 @@ QString olecf_file_parse::jump_list_folder(const QString& export_location, const
 
 QString olecf_file_parse::start_parsing_olecf(QString file_path, QString export_location, QString user_name)
 {
+    QString result;
+    visit_root(file_path, [&](libolecf_file_t* file, libolecf_error_t** error) {
+        QString jumplist_name;
+        const QStringList parts = file_path.split('/');
+        if (parts.size() >= 2)
+            jumplist_name = parts.last();
+        result = jump_list_folder(export_location, user_name, jumplist_name);
+        get_root_item(file, error, jumplist_name, export_location, user_name);
+    });
+    return result;
+}
+
+bool olecf_file_parse::read_streams(const QString& file_path, const stream_taker& take)
+{
+    m_take = &take;
+    const bool opened = visit_root(file_path, [&](libolecf_file_t* file, libolecf_error_t** error) {
+        get_root_item(file, error, QString(), QString(), QString());
+    });
+    m_take = nullptr;
+    return opened;
+}
+
+bool olecf_file_parse::visit_root(const QString& file_path,
+                                  const std::function<void(libolecf_file_t*, libolecf_error_t**)>& visit)
+{
     if (!compound_file_check(file_path).consistent())
-        return QString();
+        return false;
     olecf_error_owner error;
     libolecf_file_t* raw = nullptr;
     if (libolecf_file_initialize(&raw, &error.error) != 1)
-        return QString();
+        return false;
     olecf_file_owner file(raw);
 
     const QByteArray local_path = file_path.toLocal8Bit();
     if (libolecf_file_open(file.get(), local_path.constData(), libolecf_get_access_flags_read(), &error.error) != 1)
-        return QString();
+        return false;
     error.release();
 
-    QString jumplist_name;
-    const QStringList parts = file_path.split('/');
-    if (parts.size() >= 2)
-        jumplist_name = parts.last();
     m_file_size = QFileInfo(file_path).size();
     m_bytes_left = m_file_size;
-    const QString result = jump_list_folder(export_location, user_name, jumplist_name);
-    get_root_item(file.get(), &error.error, jumplist_name, export_location, user_name);
+    visit(file.get(), &error.error);
     error.release();
     libolecf_file_close(file.get(), &error.error);
-    return result;
+    return true;
 }
 
 int olecf_file_parse::get_root_item(libolecf_file_t* file, libolecf_error_t** error, QString jumplist_name,
@@ -332,6 +352,10 @@ QByteArray olecf_file_parse::get_sub_items_data(libolecf_item_t* item, libolecf_
 void olecf_file_parse::write_data_to_file(QByteArray data, QString stream_name, QString jumplist_name,
                                           QString export_location, QString user_name)
 {
+    if (m_take) {
+        (*m_take)(stream_name, data);
+        return;
+    }
     const QString folder = jump_list_folder(export_location, user_name, jumplist_name)
                            + stream_folder_name(stream_name);
     QDir().mkpath(folder);

@@ -37,6 +37,7 @@ void vlc_winos::find_source_file()
     art_folder_list.clear();
     preference_file_list.clear();
     jump_list_folder_list.clear();
+    interface_settings_file_list.clear();
 
     const struct
     {
@@ -57,6 +58,11 @@ void vlc_winos::find_source_file()
             else
                 plugin_static_function::app_debug("[find_source_file]----  FILE NOT EXISTS" + path, sig_find);
         }
+        // The player's interface settings sit beside vlcrc; a user without
+        // them is common and not worth a line.
+        const QString settings = source_root + "Users/" + user + "/AppData/Roaming/vlc/vlc-qt-interface.ini";
+        if (source_path_guard::exists_inside(settings, source_root, sig_find))
+            interface_settings_file_list.append(settings);
     }
     plugin_static_function::app_debug("[find_source_file]---ENDS---", sig_find);
 }

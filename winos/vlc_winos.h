@@ -13,9 +13,12 @@
 #include "extractor_base.h"
 #include "prepared_statement.h"
 
+class lnk_paser_class;
+class olecf_file_parse;
 class sqlite_connection_scope;
 
-// One recent item taken from a shell link in a jump list.
+// One recent item: a shell link in a jump list, or an entry of the player's
+// own recent list (whose file then stands where the jump list's path does).
 struct struct_recents
 {
     QString user_name;
@@ -79,6 +82,7 @@ public:
     const QStringList& art_folders() const { return art_folder_list; }
     const QStringList& preference_files() const { return preference_file_list; }
     const QStringList& jump_list_folders() const { return jump_list_folder_list; }
+    const QStringList& interface_settings_files() const { return interface_settings_file_list; }
     const QStringList& users() const { return user_names; }
 
 signals:
@@ -92,7 +96,11 @@ protected:
     void extract_plugin_artifacts() override;
 
     void extract_recents();
-    void get_lnk_info(QString folder);
+    // One jump list's links, in stream order, with the facts its DestList
+    // keeps of each: appended to the recents list.
+    void read_jump_list(const QString& path, olecf_file_parse& compound_reader, lnk_paser_class& link_reader);
+    // The player's own recent list and typed network addresses: appended too.
+    void read_player_recent_list(const QString& path);
     void extract_playlists();
     void get_info_from_m34_file(QString playlist_path, QString context1, QString context2);
     void get_info_from_xspf_file(QString playlist_path, QString context1, QString context2);
@@ -134,4 +142,6 @@ protected:
     QStringList art_folder_list;
     QStringList preference_file_list;
     QStringList jump_list_folder_list;
+    // The player's vlc-qt-interface.ini of each user that has one.
+    QStringList interface_settings_file_list;
 };

@@ -1,11 +1,15 @@
 // Recent media from the user's jump lists: each jump list is split into its
-// streams, each stream parsed as a shell link, each link one row.
+// streams, each stream parsed as a shell link, each link one row, dated and
+// ranked by the jump list's own DestList. Everything is read in memory: a run
+// over thousands of links makes no file per link. The player's own recent
+// list follows (winos_player_recents.cpp).
 
 #include <QDirIterator>
 
 #include <algorithm>
-#include <memory>
+#include <optional>
 
+#include "dest_list_parse.h"
 #include "lnk_paser_class.h"
 #include "olecf_file_parse.h"
 #include "plugin_static_function.h"
@@ -17,15 +21,26 @@ namespace {
 
 const QString sig_recents = "void vlc_winos::extract_recents()";
 
-// The application ids of the player's jump lists, matched exactly as written.
-const QStringList k_jump_list_names = {"9fda41b86ddcf1db.automaticDestinations-ms",
-                                       "faef7def55a1d4b.automaticDestinations-ms"};
+// The application ids of the player's jump lists, matched exactly as
+// written: the current two (the second also as Windows writes it, with its
+// leading zero) and those of older versions of the player.
+const QStringList k_jump_list_names = {
+    "9fda41b86ddcf1db.automaticDestinations-ms", "faef7def55a1d4b.automaticDestinations-ms",
+    "0faef7def55a1d4b.automaticDestinations-ms", "4acae695c73a28c7.automaticDestinations-ms",
+    "e6ee34ac9913c0a9.automaticDestinations-ms", "cbeb786f0132005d.automaticDestinations-ms"};
 
 const QString k_insert_recents =
     "INSERT INTO recents(bookmark,system_user,domain_user,file_name,file_path,file_size,file_exist,"
     "preview_file_path ,export_file_paths,windows_path,drive_type,serial_no,volume_label,description,machine_id,"
     "network_path,creation_timestamp,modification_timestamp,last_access_timestamp,source_file, source_count_name, "
     "os_scheme_display) VALUES(0,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)";
+
+// Link streams in the order Windows numbers them: their names are
+// hexadecimal, so shorter names come first, then names in text order.
+bool stream_order(const QString& a, const QString& b)
+{
+    return a.size() != b.size() ? a.size() < b.size() : a < b;
+}
 
 }  // namespace
 
@@ -37,16 +52,13 @@ void vlc_winos::extract_recents()
     if (!insert)
         return;
     recents_list.clear();
-    auto reader = std::make_unique<olecf_file_parse>();
-    // Streams left by a run that never finished would be walked as if this
-    // evidence held them.
-    plugin_static_function::remove_directory(temporary_files_folder());
+    olecf_file_parse compound_reader;
+    lnk_paser_class link_reader;
 
-    // On the normal end and on cancel alike: keep what was written, drop the
-    // scratch copies of the streams.
+    // On the normal end and on cancel alike: keep what was written. The
+    // scratch folder earlier versions copied streams to goes too.
     auto finish = [&] {
         scope.db().commit();
-        reader.reset();
         plugin_static_function::remove_directory(temporary_files_folder());
     };
 
@@ -55,11 +67,7 @@ void vlc_winos::extract_recents()
             break;
         const QString user = plugin_static_function::extract_user_name_from_sourcefile(folder, source_root);
         QDirIterator entries(folder, QDir::Files | QDir::Hidden | QDir::System);
-        while (entries.hasNext()) {
-            if (cancel_requested) {
-                finish();
-                return;
-            }
+        while (entries.hasNext() && !cancel_requested) {
             const QString path = entries.next();
             if (!k_jump_list_names.contains(entries.fileName()))
                 continue;
@@ -67,25 +75,21 @@ void vlc_winos::extract_recents()
             // would block the open for ever, a link may point anywhere.
             if (!entries.fileInfo().isFile() || !source_path_guard::allow(path, source_root, sig_recents))
                 continue;
-            const QString output = reader->start_parsing_olecf(path, destination_result_dir, user);
             recents_work_record.user_name = user;
-            recents_work_record.jump_list_output_folder = output;
+            recents_work_record.jump_list_output_folder.clear();
             recents_work_record.jump_list_path = path;
-            // Not a compound file: nothing was written, nothing to walk.
-            if (!output.isEmpty())
-                get_lnk_info(output);
+            read_jump_list(path, compound_reader, link_reader);
         }
+    }
+    for (const QString& path : interface_settings_file_list) {
+        if (cancel_requested)
+            break;
+        read_player_recent_list(path);
     }
 
-    if (cancel_requested) {
-        finish();
-        return;
-    }
     for (const struct_recents& record : recents_list) {
-        if (cancel_requested) {
-            finish();
-            return;
-        }
+        if (cancel_requested)
+            break;
         const QString media_path = media_path_on_source(record.local_path);
         const bool exists = source_path_guard::exists_inside(media_path, source_root, sig_recents);
         const QString relative = relative_to_source(media_path);
@@ -100,36 +104,41 @@ void vlc_winos::extract_recents()
                    "[extract_recents]--- insertion query fails   --- ", sig_recents);
     }
     finish();
-    plugin_static_function::app_debug("[extract_recents]---ENDS---", sig_recents);
+    // A cancelled run keeps its rows and stops without the end line.
+    if (!cancel_requested)
+        plugin_static_function::app_debug("[extract_recents]---ENDS---", sig_recents);
 }
 
-void vlc_winos::get_lnk_info(QString folder)
+void vlc_winos::read_jump_list(const QString& path, olecf_file_parse& compound_reader, lnk_paser_class& link_reader)
 {
-    lnk_paser_class reader;
-    reader.lnk_info_list.clear();
-    // Hidden entries too: a stream's folder may carry any name the file gave.
-    QDirIterator entries(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
-    QStringList stream_files;
-    while (entries.hasNext()) {
+    struct link_stream
+    {
+        QString name;
+        struct_lnk_info link;
+    };
+    QList<link_stream> links;
+    std::optional<dest_list> destinations;
+    // Streams come in directory order; the DestList may come before or
+    // after the links it describes.
+    compound_reader.read_streams(path, [&](const QString& name, const QByteArray& data) {
         if (cancel_requested)
             return;
-        const QString path = entries.next();
-        if (entries.fileName() == "file")
-            stream_files << path;
-    }
-    // Stream order, not the file system's: numbered streams are hexadecimal,
-    // so shorter names come first, then names in text order.
-    std::sort(stream_files.begin(), stream_files.end(), [](const QString& a, const QString& b) {
-        return a.size() != b.size() ? a.size() < b.size() : a < b;
+        if (name == "DestList") {
+            destinations = dest_list_parse::parse(data);
+            return;
+        }
+        link_reader.lnk_info_list.clear();
+        if (link_reader.start_parsing_lnk_data(data) == 0)
+            links.append({name, link_reader.lnk_info_list.constLast()});
     });
-    for (const QString& path : stream_files) {
-        if (cancel_requested)
-            return;
-        reader.start_parsing_lnk(path);
-    }
-    for (const struct_lnk_info& link : reader.lnk_info_list) {
-        if (cancel_requested)
-            return;
+    if (!destinations && !links.isEmpty() && !cancel_requested)
+        plugin_static_function::app_debug("[extract_recents] no readable DestList, links are not dated: " + path,
+                                          sig_recents);
+    std::sort(links.begin(), links.end(),
+              [](const link_stream& a, const link_stream& b) { return stream_order(a.name, b.name); });
+
+    for (const link_stream& stream : links) {
+        const struct_lnk_info& link = stream.link;
         recents_work_record.creation_time = link.creation_time;
         recents_work_record.modification_time = link.modification_time;
         recents_work_record.access_time = link.access_time;
@@ -141,6 +150,13 @@ void vlc_winos::get_lnk_info(QString folder)
         recents_work_record.description = link.description;
         recents_work_record.machine_identifier = link.machine_identifier;
         recents_work_record.network_path = link.network_path;
+        const int entry = destinations ? dest_list_parse::entry_of_stream(*destinations, stream.name) : -1;
+        if (entry >= 0) {
+            recents_work_record.description = plugin_static_function::description_with(
+                link.description, dest_list_parse::describe(*destinations, entry));
+            if (link.machine_identifier.isEmpty())
+                recents_work_record.machine_identifier = destinations->entries.at(entry).computer_name;
+        }
         recents_list.append(recents_work_record);
     }
 }

@@ -182,38 +182,55 @@ QByteArray build(const QList<stream>& streams)
     return header + sectors;
 }
 
-QByteArray dest_list(int entries)
+QByteArray dest_list(quint32 version, const QList<dest_entry>& entries)
 {
+    constexpr quint32 k_float_one = 0x3F800000;
     QByteArray out;
-    put32(out, 1);  // version
-    put32(out, static_cast<quint32>(entries));
-    put32(out, 0);  // pinned
-    put32(out, 0);
-    put32(out, static_cast<quint32>(entries));  // last entry number
-    put32(out, 0);
-    put32(out, static_cast<quint32>(entries));  // last revision
-    put32(out, 0);
-    for (int i = 1; i <= entries; ++i) {
+    quint32 pinned = 0;
+    for (const dest_entry& e : entries)
+        pinned += e.pinned;
+    for (const quint32 field : {version, quint32(entries.size()), pinned, k_float_one, quint32(entries.size()), 0u,
+                                quint32(entries.size()), 0u})
+        put32(out, field);
+    quint32 pin_index = 0;
+    for (const dest_entry& e : entries) {
         out.append(QByteArray(8 + 16 * 4, '\0'));  // checksum and object ids
-        out.append(QByteArray("desktop-case01").leftJustified(16, '\0'));
-        put32(out, static_cast<quint32>(i));
-        put32(out, 0);
-        put64(out, 0);
-        put32(out, 0xFFFFFFFF);  // not pinned
-        const QString path = "C:\\item" + QString::number(i);
+        out.append(e.computer.toLatin1().leftJustified(16, '\0', true));
+        put64(out, e.stream);
+        put32(out, k_float_one);
+        put64(out, e.filetime);
+        put32(out, e.pinned ? pin_index++ : 0xFFFFFFFF);
+        if (version != 1) {
+            put32(out, 0xFFFFFFFF);
+            put32(out, e.access_count);
+            put64(out, 0);
+        }
+        const QString path = "C:\\item" + QString::number(e.stream);
         put16(out, static_cast<quint16>(path.size()));
         for (const QChar c : path)
             put16(out, c.unicode());
+        if (version != 1) {
+            put32(out, static_cast<quint32>(e.property_store.size()));
+            out.append(e.property_store);
+        }
     }
     return out;
 }
 
-QByteArray jump_list(const QList<QByteArray>& links)
+QByteArray dest_list(int entries)
+{
+    QList<dest_entry> listed;
+    for (int i = 1; i <= entries; ++i)
+        listed.append(dest_entry{quint64(i)});
+    return dest_list(1, listed);
+}
+
+QByteArray jump_list(const QList<QByteArray>& links, const QByteArray& destinations)
 {
     QList<stream> streams;
     for (int i = 0; i < links.size(); ++i)
         streams.append({QString::number(i + 1, 16), links.at(i)});
-    streams.append({"DestList", dest_list(links.size())});
+    streams.append({"DestList", destinations.isNull() ? dest_list(links.size()) : destinations});
     return build(streams);
 }
 

@@ -23,10 +23,31 @@ struct stream
 QByteArray build(const QList<stream>& streams);
 
 // A jump list: the DestList stream and one stream per link, named 1, 2, ... in
-// hexadecimal as Windows names them.
-QByteArray jump_list(const QList<QByteArray>& links);
+// hexadecimal as Windows names them; the DestList given, or one of version 1
+// listing every link undated.
+QByteArray jump_list(const QList<QByteArray>& links, const QByteArray& destinations = QByteArray());
 
-// A DestList stream listing the given number of entries.
+// One DestList entry: the link stream it names, when it was opened (FILETIME)
+// and how often (versions 2 on), on which computer, and whether it is pinned.
+struct dest_entry
+{
+    dest_entry(quint64 stream_number = 1, quint64 opened = 0, quint32 count = 1, bool is_pinned = false,
+               const QString& computer_name = "desktop-case01", const QByteArray& store = QByteArray())
+        : stream(stream_number), filetime(opened), access_count(count), pinned(is_pinned), computer(computer_name),
+          property_store(store)
+    {
+    }
+    quint64 stream;
+    quint64 filetime;
+    quint32 access_count;
+    bool pinned;
+    QString computer;
+    QByteArray property_store;  // versions 2 on
+};
+// A DestList stream of the given version (1, or the later layout for 2 on),
+// entries in the order given (most recent first).
+QByteArray dest_list(quint32 version, const QList<dest_entry>& entries);
+// Version 1, entries for streams 1 to n, undated.
 QByteArray dest_list(int entries);
 
 // For damaging one field of a file build() wrote: offsets of header fields,

@@ -1,9 +1,12 @@
 // The Windows sample: two users whose jump lists, playlists, cover-art cache
 // and preference files exercise every Windows table, including the cases an
 // examiner meets in practice (links to other drives and shares, a link that
-// climbs out of the volume, playlists the player did not write itself).
+// climbs out of the volume, playlists the player did not write itself), the
+// DestList of every jump-list version (one damaged), and the player's own
+// recent list as new and old versions wrote it.
 
 #include "compound_file_writer.h"
+#include "qt_ini_writer.h"
 #include "sample_trees.h"
 #include "shell_link_writer.h"
 #include "tree_writer.h"
@@ -17,6 +20,19 @@ QByteArray link_to(const QString& windows_path, int index)
 {
     return shell_link_writer::build(
         shell_link_writer::media_link(windows_path, k_base_time + index * 3600, 1000u * (index + 1)));
+}
+
+// The DestList of a jump list: entries for the given streams, most recent
+// first, an hour apart, each opened one more time than the one before it.
+QByteArray opened(quint32 version, const QList<quint64>& streams, const QString& computer = "desktop-case01")
+{
+    QList<compound_file_writer::dest_entry> entries;
+    for (const quint64 stream : streams) {
+        const qint64 when = k_base_time + 86400 - 3600 * entries.size();
+        entries.append({stream, shell_link_writer::filetime_from_unix(when), quint32(entries.size() + 1),
+                         stream == 4, computer, version >= 6 ? QByteArray(24, 'p') : QByteArray()});
+    }
+    return compound_file_writer::dest_list(version, entries);
 }
 
 QByteArray network_link()
@@ -87,7 +103,14 @@ bool write_carol(const QString& root, QString* error)
         QString path;
         QByteArray data;
     } files[] = {
-        {home + k_recent + "9fda41b86ddcf1db.automaticDestinations-ms", compound_file_writer::jump_list(links)},
+        {home + k_recent + "9fda41b86ddcf1db.automaticDestinations-ms",
+         compound_file_writer::jump_list(links, opened(4, {4, 1, 8, 2, 3, 5, 6, 7}))},
+        {home + "/AppData/Roaming/vlc/vlc-qt-interface.ini",
+         qt_ini_writer::interface_settings(
+             {"file:///C:/Users/carol/Music/song%20one.mp3", "file:///C:/Users/carol/Videos/clip,%20final.mkv",
+              QString::fromUtf8("C:\\Users\\carol\\Music\\café.mp3"), "file:///D:/Movies/film.mkv",
+              "http://radio.example/live?x=1;y=2", "file:///C:/Users/carol/My%20Music/a.mp3"},
+             {"754000", "0", "-1", "3725000", "0", "1000"}, {"rtsp://cam.example/stream", "mms://old.example/x"})},
         {home + "/Music/song one.mp3", QByteArray(4096, 'a')},
         {home + "/Music/café.mp3", QByteArray(2048, 'c')},
         {home + "/Music/caf%C3%A9 bar.mp3", QByteArray(100, 'e')},
@@ -115,12 +138,25 @@ bool write_dave(const QString& root, QString* error)
     const QString home = "Users/dave";
     const QList<QByteArray> links = {link_to("C:\\Users\\dave\\Videos\\holiday.mp4", 8),
                                      link_to("C:\\Users\\dave\\Videos\\gone.avi", 9)};
+    // A link without the tracker block: its computer comes from the DestList.
+    shell_link_writer::link_fields untracked = shell_link_writer::media_link("C:\\Users\\dave\\clip.ogg", k_base_time, 5);
+    untracked.machine_id.clear();
+    const QByteArray damaged = opened(3, {1}).chopped(10);
     const struct
     {
         QString path;
         QByteArray data;
     } files[] = {
-        {home + k_recent + "faef7def55a1d4b.automaticDestinations-ms", compound_file_writer::jump_list(links)},
+        {home + k_recent + "faef7def55a1d4b.automaticDestinations-ms",
+         compound_file_writer::jump_list(links, opened(1, {2, 1}))},
+        // Older versions of the player, on Windows 11 and with a damaged DestList.
+        {home + k_recent + "4acae695c73a28c7.automaticDestinations-ms",
+         compound_file_writer::jump_list({shell_link_writer::build(untracked)}, opened(6, {1}, "laptop-dave"))},
+        {home + k_recent + "e6ee34ac9913c0a9.automaticDestinations-ms",
+         compound_file_writer::jump_list({link_to("C:\\Users\\dave\\Videos\\gone.avi", 11)}, damaged)},
+        // An old version's list: one plain path, no positions.
+        {home + "/AppData/Roaming/vlc/vlc-qt-interface.ini",
+         qt_ini_writer::interface_settings({"C:\\Users\\dave\\Videos\\holiday.mp4"}, {}, {})},
         // Jump-list names are matched exactly: this one is another program's.
         {home + k_recent + "9FDA41B86DDCF1DB.automaticDestinations-ms",
          compound_file_writer::jump_list({link_to("C:\\Users\\dave\\Videos\\holiday.mp4", 10)})},
