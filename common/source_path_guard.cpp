@@ -73,17 +73,22 @@ QString canonical_root(const QString& cleaned_root)
 constexpr int k_max_cached_folders = 4096;
 QHash<QString, QString> g_canonical_folders;
 
+void remember_folder(const QString& folder, const QString& canonical)
+{
+    if (canonical.isEmpty())
+        return;
+    if (g_canonical_folders.size() >= k_max_cached_folders)
+        g_canonical_folders.clear();
+    g_canonical_folders.insert(folder, canonical);
+}
+
 QString canonical_folder(const QString& folder)
 {
     const auto known = g_canonical_folders.constFind(folder);
     if (known != g_canonical_folders.constEnd())
         return *known;
     const QString canonical = QFileInfo(folder).canonicalFilePath();
-    if (!canonical.isEmpty()) {
-        if (g_canonical_folders.size() >= k_max_cached_folders)
-            g_canonical_folders.clear();
-        g_canonical_folders.insert(folder, canonical);
-    }
+    remember_folder(folder, canonical);
     return canonical;
 }
 
@@ -111,13 +116,23 @@ QString resolved_existing_prefix(const QString& cleaned_path, bool* whole_exists
     QString probe = cleaned_path;
     *whole_exists = false;
     while (!probe.isEmpty()) {
+        // A folder above the path that was resolved before still exists: the
+        // folder of thousands of missing files is looked at once.
+        if (probe != cleaned_path) {
+            const auto known = g_canonical_folders.constFind(probe);
+            if (known != g_canonical_folders.constEnd())
+                return *known;
+        }
         const QFileInfo info(probe);
         // The link test first: for anything but a link its status read also
         // answers whether the entry exists.
         const bool is_link = info.isSymLink();
         if (info.exists()) {
             *whole_exists = probe == cleaned_path;
-            return canonical_entry(probe, info);
+            const QString canonical = canonical_entry(probe, info);
+            if (!*whole_exists && info.isDir())
+                remember_folder(probe, canonical);
+            return canonical;
         }
         if (is_link)
             return QString();  // a dangling link: where it points is not ours to follow

@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
   build-essential cmake pkg-config git
   qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins libqt6sql6-sqlite libgl-dev
-  liblnk-dev libolecf-dev libplist-dev
+  liblnk-dev libolecf-dev libbfio-dev libplist-dev
   sqlite3 libsqlite3-dev
 )
 # Optional extras used by the cross-check tests, fuzzers and sanitizer builds.

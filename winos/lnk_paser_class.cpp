@@ -4,7 +4,6 @@
 
 #include "bounded_file_reader.h"
 #include "little_endian_bytes.h"
-#include "memory_file.h"
 
 namespace {
 
@@ -105,37 +104,36 @@ bool declared_sizes_fit(const QString& path)
 
 }  // namespace
 
-lnk_paser_class::lnk_paser_class() = default;
-lnk_paser_class::~lnk_paser_class() = default;
-
 int lnk_paser_class::start_parsing_lnk_data(const QByteArray& data)
 {
     if (!declared_sizes_fit(data))
         return -1;
-    if (!m_memory)
-        m_memory = std::make_unique<memory_file>();
-    if (!m_memory->assign(data))
+    const bfio_handle_owner handle = memory_range_handle(data);
+    if (!handle)
         return -1;
-    return open_and_read(m_memory->path());
+    return read_link([&](liblnk_file_t* file, liblnk_error_t** error) {
+        return liblnk_file_open_file_io_handle(file, handle.get(), liblnk_get_access_flags_read(), error);
+    });
 }
 
 int lnk_paser_class::start_parsing_lnk(QString path)
 {
     if (!declared_sizes_fit(path))
         return -1;
-    return open_and_read(path);
+    const QByteArray local_path = path.toLocal8Bit();
+    return read_link([&](liblnk_file_t* file, liblnk_error_t** error) {
+        return liblnk_file_open(file, local_path.constData(), liblnk_get_access_flags_read(), error);
+    });
 }
 
-int lnk_paser_class::open_and_read(const QString& path)
+int lnk_paser_class::read_link(const std::function<int(liblnk_file_t*, liblnk_error_t**)>& open)
 {
     lnk_error_owner error;
     liblnk_file_t* raw = nullptr;
     if (liblnk_file_initialize(&raw, &error.error) != 1)
         return -1;
     lnk_file_owner file(raw);
-
-    const QByteArray local_path = path.toLocal8Bit();
-    if (liblnk_file_open(file.get(), local_path.constData(), liblnk_get_access_flags_read(), &error.error) != 1)
+    if (open(file.get(), &error.error) != 1)
         return -1;
     error.release();
     get_lnk_info(file.get(), &error.error);

@@ -6,11 +6,9 @@
 #include <QList>
 #include <QString>
 
-#include <memory>
+#include <functional>
 
 #include "libyal_headers.h"
-
-class memory_file;
 
 struct struct_lnk_info
 {
@@ -36,13 +34,13 @@ struct struct_lnk_info
 class lnk_paser_class
 {
 public:
-    lnk_paser_class();
-    virtual ~lnk_paser_class();
+    lnk_paser_class() = default;
+    virtual ~lnk_paser_class() = default;
 
     // 0 when the file opened as a shell link (one record appended), else -1.
     virtual int start_parsing_lnk(QString path);
-    // The same for a link already in memory (a jump list's stream): no file
-    // is made for it on disk.
+    // The same for a link already in memory (a jump list's stream), read from
+    // there: no file is made for it.
     int start_parsing_lnk_data(const QByteArray& data);
     virtual void get_lnk_info(liblnk_file_t* file, liblnk_error_t** error);
     virtual QString get_link_target(liblnk_file_t* file, liblnk_error_t** error);
@@ -70,6 +68,6 @@ protected:
     struct_lnk_info* current_record = nullptr;
 
 private:
-    int open_and_read(const QString& path);
-    std::unique_ptr<memory_file> m_memory;  // made on the first link read from memory
+    // Opens the link with open (from a path or from memory) and reads it.
+    int read_link(const std::function<int(liblnk_file_t*, liblnk_error_t**)>& open);
 };

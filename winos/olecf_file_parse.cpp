@@ -1,5 +1,6 @@
 #include "olecf_file_parse.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -8,6 +9,7 @@
 
 #include <vector>
 
+#include "bounded_file_reader.h"
 #include "little_endian_bytes.h"
 
 
@@ -50,13 +52,22 @@ bool needs_encoding(const QString& name)
 class compound_file_check
 {
 public:
-    explicit compound_file_check(const QString& path) : m_file(path) {}
+    // The file's bytes when they were read into memory, else the file.
+    compound_file_check(const QString& path, const QByteArray* bytes)
+    {
+        if (bytes) {
+            m_buffer.setData(*bytes);
+            m_file = &m_buffer;
+        } else {
+            m_disk_file.setFileName(path);
+        }
+    }
 
     bool consistent()
     {
-        if (!m_file.open(QIODevice::ReadOnly))
+        if (!m_file->open(QIODevice::ReadOnly))
             return true;  // the library gives its own answer
-        const QByteArray header = m_file.read(k_header_size);
+        const QByteArray header = m_file->read(k_header_size);
         if (header.size() < k_header_size || !header.startsWith(QByteArray::fromHex("d0cf11e0a1b11ae1")))
             return true;  // not a compound file at all: the library refuses it cleanly
         if (u16(header, 28) != 0xFFFE)
@@ -66,7 +77,7 @@ public:
             return false;
         m_sector_size = 1 << shift;
         m_sectors = static_cast<quint32>(
-            qBound<qint64>(0, m_file.size() / m_sector_size - 1, qint64(k_last_sector_id) + 1));
+            qBound<qint64>(0, m_file->size() / m_sector_size - 1, qint64(k_last_sector_id) + 1));
         return read_allocation_index(header) && mini_allocation_chain_fits(header) && directory_is_one_tree(header);
     }
 
@@ -89,9 +100,9 @@ private:
 
     QByteArray read_sector(quint32 sector)
     {
-        if (!in_file(sector) || !m_file.seek((static_cast<qint64>(sector) + 1) * m_sector_size))
+        if (!in_file(sector) || !m_file->seek((static_cast<qint64>(sector) + 1) * m_sector_size))
             return QByteArray();
-        const QByteArray data = m_file.read(m_sector_size);
+        const QByteArray data = m_file->read(m_sector_size);
         return data.size() == m_sector_size ? data : QByteArray();
     }
 
@@ -130,7 +141,7 @@ private:
             return false;
         char bytes[4];
         const qint64 offset = (static_cast<qint64>(m_table[table_index]) + 1) * m_sector_size + 4 * (sector % per_sector);
-        if (!m_file.seek(offset) || m_file.read(bytes, 4) != 4)
+        if (!m_file->seek(offset) || m_file->read(bytes, 4) != 4)
             return false;
         next = qFromLittleEndian<quint32>(bytes);
         return true;
@@ -198,7 +209,9 @@ private:
         return reached_count == in_use;
     }
 
-    QFile m_file;
+    QFile m_disk_file;
+    QBuffer m_buffer;
+    QIODevice* m_file = &m_disk_file;
     int m_sector_size = 512;
     quint32 m_sectors = 0;
     std::vector<quint32> m_table;
@@ -256,8 +269,15 @@ bool olecf_file_parse::read_streams(const QString& file_path, const stream_taker
 bool olecf_file_parse::visit_root(const QString& file_path,
                                   const std::function<void(libolecf_file_t*, libolecf_error_t**)>& visit)
 {
-    if (!compound_file_check(file_path).consistent())
+    // A jump list of any real size is read once into memory and checked and
+    // parsed from there: the library reads a stream in 64-byte pieces, each a
+    // system call on a file. Anything larger is read from the file. The bytes
+    // and their handle outlive the library's file object.
+    const bounded_file_reader::result bytes = bounded_file_reader::read(file_path, k_max_in_memory);
+    const bool in_memory = bytes.opened && !bytes.truncated;
+    if (!compound_file_check(file_path, in_memory ? &bytes.data : nullptr).consistent())
         return false;
+    const bfio_handle_owner handle = in_memory ? memory_range_handle(bytes.data) : bfio_handle_owner();
     olecf_error_owner error;
     libolecf_file_t* raw = nullptr;
     if (libolecf_file_initialize(&raw, &error.error) != 1)
@@ -265,7 +285,11 @@ bool olecf_file_parse::visit_root(const QString& file_path,
     olecf_file_owner file(raw);
 
     const QByteArray local_path = file_path.toLocal8Bit();
-    if (libolecf_file_open(file.get(), local_path.constData(), libolecf_get_access_flags_read(), &error.error) != 1)
+    const int opened = handle ? libolecf_file_open_file_io_handle(file.get(), handle.get(),
+                                                                  libolecf_get_access_flags_read(), &error.error)
+                              : libolecf_file_open(file.get(), local_path.constData(),
+                                                   libolecf_get_access_flags_read(), &error.error);
+    if (opened != 1)
         return false;
     error.release();
 

@@ -53,6 +53,7 @@ private:
     // What the streams of the file may still hold between them.
     qint64 m_bytes_left = 0;
     static constexpr uint32_t k_max_stream_size = 64u * 1024 * 1024;
+    static constexpr qint64 k_max_in_memory = 64LL * 1024 * 1024;
     // Where streams go while read_streams runs.
     const stream_taker* m_take = nullptr;
 };
