@@ -111,7 +111,7 @@ int main(int argc, char** argv)
     }
 
     QTemporaryDir source;
-    std::printf("results and scratch below %s\n", qPrintable(out_parent));
+    std::printf("results below %s\n", qPrintable(out_parent));
     std::printf("writing %d users x 2 jump lists x %d links ...\n", users, links);
     if (!write_tree(source.path(), users, links)) {
         std::fprintf(stderr, "could not write the tree\n");
