@@ -15,7 +15,6 @@
 
 #include "compound_file_writer.h"
 #include "olecf_file_parse.h"
-#include "qt_ini_writer.h"
 #include "plist_writer.h"
 #include "sample_trees.h"
 #include "shell_link_writer.h"
@@ -102,7 +101,7 @@ int main(int argc, char** argv)
 
     corpus destinations{out + "/fuzz_dest_list"};
     for (const quint32 version : {1u, 3u, 4u, 6u})
-        destinations.add(compound_file_writer::dest_list(version, {{1, 133589461530000000, 3, true, "pc", "store"}, {2}}));
+        destinations.add(compound_file_writer::dest_list(version, {{1, 133589461530000000, 3, true, "pc", "store"}}));
     for (QDirIterator it(shared + "/windows/jumplists", {"*.automaticDestinations-ms"}, QDir::Files,
                          QDirIterator::Subdirectories);
          it.hasNext();)
@@ -114,7 +113,6 @@ int main(int argc, char** argv)
     corpus settings{out + "/fuzz_interface_settings"};
     settings.add_files(windows, {"vlc-qt-interface.ini"});
     settings.add_files(shared + "/vlc", {"vlc-qt-interface.*"});
-    settings.add(qt_ini_writer::interface_settings({"a,b", " c "}, {"1", "-1"}, {"x;y"}));
 
     corpus databases{out + "/fuzz_android_database"};
     databases.add_files(android, {"vlc_media.db"});

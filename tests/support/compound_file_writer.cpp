@@ -184,31 +184,27 @@ QByteArray build(const QList<stream>& streams)
 
 QByteArray dest_list(quint32 version, const QList<dest_entry>& entries)
 {
-    constexpr quint32 k_float_one = 0x3F800000;
     QByteArray out;
-    quint32 pinned = 0;
-    for (const dest_entry& e : entries)
-        pinned += e.pinned;
-    for (const quint32 field : {version, quint32(entries.size()), pinned, k_float_one, quint32(entries.size()), 0u,
-                                quint32(entries.size()), 0u})
+    const quint32 count = static_cast<quint32>(entries.size());
+    const auto pinned = std::count_if(entries.begin(), entries.end(), [](const dest_entry& e) { return e.pinned; });
+    for (const quint32 field : {version, count, quint32(pinned), 0x3F800000u, count, 0u, count, 0u})
         put32(out, field);
     quint32 pin_index = 0;
     for (const dest_entry& e : entries) {
         out.append(QByteArray(8 + 16 * 4, '\0'));  // checksum and object ids
         out.append(e.computer.toLatin1().leftJustified(16, '\0', true));
         put64(out, e.stream);
-        put32(out, k_float_one);
+        put32(out, 0x3F800000);  // a float, 1.0
         put64(out, e.filetime);
         put32(out, e.pinned ? pin_index++ : 0xFFFFFFFF);
-        if (version != 1) {
-            put32(out, 0xFFFFFFFF);
+        if (version != 1) {  // an unknown value, the count, 8 reserved bytes
+            out.append(QByteArray(4, '\xff'));
             put32(out, e.access_count);
-            put64(out, 0);
+            out.append(QByteArray(8, '\0'));
         }
         const QString path = "C:\\item" + QString::number(e.stream);
         put16(out, static_cast<quint16>(path.size()));
-        for (const QChar c : path)
-            put16(out, c.unicode());
+        out.append(reinterpret_cast<const char*>(path.utf16()), path.size() * 2);
         if (version != 1) {
             put32(out, static_cast<quint32>(e.property_store.size()));
             out.append(e.property_store);
@@ -219,9 +215,9 @@ QByteArray dest_list(quint32 version, const QList<dest_entry>& entries)
 
 QByteArray dest_list(int entries)
 {
-    QList<dest_entry> listed;
-    for (int i = 1; i <= entries; ++i)
-        listed.append(dest_entry{quint64(i)});
+    QList<dest_entry> listed(entries);
+    for (int i = 0; i < entries; ++i)
+        listed[i].stream = quint64(i + 1);
     return dest_list(1, listed);
 }
 

@@ -31,17 +31,11 @@ QByteArray jump_list(const QList<QByteArray>& links, const QByteArray& destinati
 // and how often (versions 2 on), on which computer, and whether it is pinned.
 struct dest_entry
 {
-    dest_entry(quint64 stream_number = 1, quint64 opened = 0, quint32 count = 1, bool is_pinned = false,
-               const QString& computer_name = "desktop-case01", const QByteArray& store = QByteArray())
-        : stream(stream_number), filetime(opened), access_count(count), pinned(is_pinned), computer(computer_name),
-          property_store(store)
-    {
-    }
-    quint64 stream;
-    quint64 filetime;
-    quint32 access_count;
-    bool pinned;
-    QString computer;
+    quint64 stream = 1;
+    quint64 filetime = 0;
+    quint32 access_count = 1;
+    bool pinned = false;
+    QString computer = "desktop-case01";
     QByteArray property_store;  // versions 2 on
 };
 // A DestList stream of the given version (1, or the later layout for 2 on),

@@ -5,8 +5,9 @@
 // DestList of every jump-list version (one damaged), and the player's own
 // recent list as new and old versions wrote it.
 
+#include <cctype>
+
 #include "compound_file_writer.h"
-#include "qt_ini_writer.h"
 #include "sample_trees.h"
 #include "shell_link_writer.h"
 #include "tree_writer.h"
@@ -33,6 +34,36 @@ QByteArray opened(quint32 version, const QList<quint64>& streams, const QString&
                          stream == 4, computer, version >= 6 ? QByteArray(24, 'p') : QByteArray()});
     }
     return compound_file_writer::dest_list(version, entries);
+}
+
+// A value of the player's interface settings as Qt 4 and 5 wrote it: quoted
+// when it holds "," ";" "=" or edge blanks, every character from 0x7F on (and
+// a hex digit right after one) as \x and the hex of its UTF-16 unit.
+QString ini_value(const QString& value)
+{
+    bool quoted = value.startsWith(' ') || value.endsWith(' '), after_hex = false;
+    QString out;
+    for (const QChar c : value) {
+        const ushort u = c.unicode();
+        quoted = quoted || u == ',' || u == ';' || u == '=';
+        after_hex = u < 0x20 || u >= 0x7F || (after_hex && isxdigit(u));
+        out += after_hex ? "\\x" + QString::number(u, 16) : (c == '\\' || c == '"') ? QString('\\') + c : QString(c);
+    }
+    return quoted ? '"' + out + '"' : out;
+}
+
+// Lists joined with ", ", a one-item list as a plain value, an empty one as @Invalid().
+QByteArray interface_settings(const QStringList& recent, const QStringList& times, const QStringList& typed)
+{
+    const auto list = [](QStringList items) {
+        for (QString& item : items)
+            item = ini_value(item);
+        return items.isEmpty() ? QString("@Invalid()") : items.join(", ");
+    };
+    const QString positions = times.isEmpty() ? QString() : "times=" + list(times) + "\n";
+    return ("[General]\nqt-version=5.15.2\n\n[RecentsMRL]\nlist=" + list(recent) + "\n" + positions
+            + "\n[OpenDialog]\nnetMRL=" + list(typed) + "\n")
+        .toLatin1();
 }
 
 QByteArray network_link()
@@ -106,11 +137,12 @@ bool write_carol(const QString& root, QString* error)
         {home + k_recent + "9fda41b86ddcf1db.automaticDestinations-ms",
          compound_file_writer::jump_list(links, opened(4, {4, 1, 8, 2, 3, 5, 6, 7}))},
         {home + "/AppData/Roaming/vlc/vlc-qt-interface.ini",
-         qt_ini_writer::interface_settings(
+         interface_settings(
              {"file:///C:/Users/carol/Music/song%20one.mp3", "file:///C:/Users/carol/Videos/clip,%20final.mkv",
               QString::fromUtf8("C:\\Users\\carol\\Music\\café.mp3"), "file:///D:/Movies/film.mkv",
-              "http://radio.example/live?x=1;y=2", "file:///C:/Users/carol/My%20Music/a.mp3"},
-             {"754000", "0", "-1", "3725000", "0", "1000"}, {"rtsp://cam.example/stream", "mms://old.example/x"})},
+              "http://radio.example/live?x=1;y=2", "file:///C:/Users/carol/My%20Music/a.mp3",
+              QString::fromUtf8("C:\\Users\\carol\\Music\\Décembre.mp3")},
+             {"754000", "0", "-1", "3725000", "0", "1000", "61000"}, {"rtsp://cam.example/stream", "mms://old.example/x"})},
         {home + "/Music/song one.mp3", QByteArray(4096, 'a')},
         {home + "/Music/café.mp3", QByteArray(2048, 'c')},
         {home + "/Music/caf%C3%A9 bar.mp3", QByteArray(100, 'e')},
@@ -156,7 +188,7 @@ bool write_dave(const QString& root, QString* error)
          compound_file_writer::jump_list({link_to("C:\\Users\\dave\\Videos\\gone.avi", 11)}, damaged)},
         // An old version's list: one plain path, no positions.
         {home + "/AppData/Roaming/vlc/vlc-qt-interface.ini",
-         qt_ini_writer::interface_settings({"C:\\Users\\dave\\Videos\\holiday.mp4"}, {}, {})},
+         interface_settings({"C:\\Users\\dave\\Videos\\holiday.mp4"}, {}, {})},
         // Jump-list names are matched exactly: this one is another program's.
         {home + k_recent + "9FDA41B86DDCF1DB.automaticDestinations-ms",
          compound_file_writer::jump_list({link_to("C:\\Users\\dave\\Videos\\holiday.mp4", 10)})},
