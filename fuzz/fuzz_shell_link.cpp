@@ -1,4 +1,5 @@
-// The shell-link reader on the input as a link file.
+// The shell-link reader on the input as a link file, and on the same bytes
+// in memory as a jump list's stream.
 
 #include "fuzz_support.h"
 #include "lnk_paser_class.h"
@@ -10,5 +11,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     fuzz_support::write_input(path, data, size);
     lnk_paser_class reader;
     reader.start_parsing_lnk(path);
+    reader.start_parsing_lnk_data(QByteArray(reinterpret_cast<const char*>(data), qsizetype(size)));
     return 0;
 }

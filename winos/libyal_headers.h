@@ -1,14 +1,11 @@
 #pragma once
 
 // liblnk and libolecf, with their entry points that read from a libbfio
-// handle: evidence already in memory (a jump list, its link streams) is
-// parsed from there through a memory-range handle, with no file per piece.
+// handle (see memory_io_handle.h).
 
 #include <libbfio.h>
 #include <liblnk.h>
 #include <libolecf.h>
-
-#include <QByteArray>
 
 #include <memory>
 
@@ -43,22 +40,3 @@ template <typename handle_type, typename error_type, int (*free_handle)(handle_t
 using libyal_handle_owner =
     std::unique_ptr<handle_type, libyal_handle_deleter<handle_type, error_type, free_handle, free_error>>;
 
-using bfio_handle_owner =
-    libyal_handle_owner<libbfio_handle_t, libbfio_error_t, libbfio_handle_free, libbfio_error_free>;
-
-// A read-only file-IO handle over bytes in memory, for the libraries'
-// open_file_io_handle calls; empty when it could not be made. The bytes must
-// outlive every file the handle is opened into.
-inline bfio_handle_owner memory_range_handle(const QByteArray& data)
-{
-    libyal_error_owner<libbfio_error_t, libbfio_error_free> error;
-    libbfio_handle_t* raw = nullptr;
-    if (data.isEmpty() || libbfio_memory_range_initialize(&raw, &error.error) != 1)
-        return bfio_handle_owner();
-    bfio_handle_owner handle(raw);
-    // Opened for reading only: the bytes are never written through it.
-    uint8_t* start = reinterpret_cast<uint8_t*>(const_cast<char*>(data.constData()));
-    if (libbfio_memory_range_set(raw, start, static_cast<size_t>(data.size()), &error.error) != 1)
-        return bfio_handle_owner();
-    return handle;
-}

@@ -4,6 +4,7 @@
 
 #include "bounded_file_reader.h"
 #include "little_endian_bytes.h"
+#include "memory_io_handle.h"
 
 namespace {
 
@@ -108,8 +109,8 @@ int lnk_paser_class::start_parsing_lnk_data(const QByteArray& data)
 {
     if (!declared_sizes_fit(data))
         return -1;
-    const bfio_handle_owner handle = memory_range_handle(data);
-    if (!handle)
+    const memory_io_handle handle(data);
+    if (!handle.get())
         return -1;
     return read_link([&](liblnk_file_t* file, liblnk_error_t** error) {
         return liblnk_file_open_file_io_handle(file, handle.get(), liblnk_get_access_flags_read(), error);

@@ -11,6 +11,7 @@
 
 #include "bounded_file_reader.h"
 #include "little_endian_bytes.h"
+#include "memory_io_handle.h"
 
 
 namespace {
@@ -272,12 +273,15 @@ bool olecf_file_parse::visit_root(const QString& file_path,
     // A jump list of any real size is read once into memory and checked and
     // parsed from there: the library reads a stream in 64-byte pieces, each a
     // system call on a file. Anything larger is read from the file. The bytes
-    // and their handle outlive the library's file object.
+    // and their handle outlive the library's file object. What cannot be
+    // opened as a regular file (a named pipe would block) is no jump list.
     const bounded_file_reader::result bytes = bounded_file_reader::read(file_path, k_max_in_memory);
-    const bool in_memory = bytes.opened && !bytes.truncated;
+    if (!bytes.opened)
+        return false;
+    const bool in_memory = !bytes.truncated;
     if (!compound_file_check(file_path, in_memory ? &bytes.data : nullptr).consistent())
         return false;
-    const bfio_handle_owner handle = in_memory ? memory_range_handle(bytes.data) : bfio_handle_owner();
+    const memory_io_handle handle(bytes.data);
     olecf_error_owner error;
     libolecf_file_t* raw = nullptr;
     if (libolecf_file_initialize(&raw, &error.error) != 1)
@@ -285,10 +289,10 @@ bool olecf_file_parse::visit_root(const QString& file_path,
     olecf_file_owner file(raw);
 
     const QByteArray local_path = file_path.toLocal8Bit();
-    const int opened = handle ? libolecf_file_open_file_io_handle(file.get(), handle.get(),
-                                                                  libolecf_get_access_flags_read(), &error.error)
-                              : libolecf_file_open(file.get(), local_path.constData(),
-                                                   libolecf_get_access_flags_read(), &error.error);
+    const int read_flag = libolecf_get_access_flags_read();
+    const int opened = in_memory && handle.get()
+                           ? libolecf_file_open_file_io_handle(file.get(), handle.get(), read_flag, &error.error)
+                           : libolecf_file_open(file.get(), local_path.constData(), read_flag, &error.error);
     if (opened != 1)
         return false;
     error.release();
