@@ -46,7 +46,6 @@ public:
     QString last_error() const { return m_error; }
     void close();
 
-    // The model of the open database (as given to create).
     int model() const { return m_model; }
     // Column names of a table (lower case); empty when it does not exist.
     QStringList columns(const QString& table);
@@ -76,11 +75,9 @@ public:
     qint64 add_playlist_item(qint64 playlist_id, const QVariant& media_id, int position);
 
 private:
-    enum class entity { media = 0, album = 1 };
-    bool attach_thumbnail(entity kind, qint64 id, const QVariant& thumbnail_id);
-    bool update(const QString& table, const QString& key_column, qint64 key, const QVariantMap& values);
-    QVariant present_value(int nb_tracks) const;
-    QVariantMap with_required(const QString& table, const QVariantMap& values);
+    bool attach_thumbnail(bool album, qint64 id, const QVariant& thumbnail_id);
+    bool update(const QString& table, qint64 key, const QVariantMap& values);
+    bool failed(const QSqlQuery& query);
 
     QString m_name;
     int m_model = 0;

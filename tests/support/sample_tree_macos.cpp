@@ -51,9 +51,9 @@ QList<xspf_entry> alice_library()
     song.duration = "65000";
     song.id = 1;
 
-    xspf_entry missing;
+    xspf_entry missing;  // an empty duration, as a track without one, shows no time
     missing.location = "file:///Users/alice/Movies/deleted%20clip.mkv";
-    missing.duration = "0";
+    missing.duration = "";
     missing.id = 2;
 
     xspf_entry outside;  // leads out of the source: must count as absent

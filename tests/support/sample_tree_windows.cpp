@@ -1,12 +1,14 @@
-// The Windows sample: two users whose jump lists, playlists, cover-art cache
-// and preference files exercise every Windows table, including the cases an
-// examiner meets in practice (links to other drives and shares, a link that
-// climbs out of the volume, playlists the player did not write itself).
+// The Windows sample: two users (and a guest) whose jump lists, playlists,
+// cover-art cache and preference files exercise every Windows table,
+// including the cases an examiner meets in practice (links to other drives
+// and shares, a link that climbs out of the volume, playlists the player did
+// not write itself).
 
 #include "compound_file_writer.h"
 #include "sample_trees.h"
 #include "shell_link_writer.h"
 #include "tree_writer.h"
+#include "xspf_writer.h"
 
 namespace {
 
@@ -29,38 +31,31 @@ QByteArray network_link()
     return shell_link_writer::build(f);
 }
 
-const char* const k_xspf =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<playlist xmlns=\"http://xspf.org/ns/0/\" xmlns:vlc=\"http://www.videolan.org/vlc/playlist/ns/0/\" "
-    "version=\"1\">\n"
-    "\t<title>Playlist</title>\n"
-    "\t<trackList>\n"
-    "\t\t<track>\n"
-    "\t\t\t<location>file:///C:/Users/carol/My%20Music/a.mp3</location>\n"
-    "\t\t\t<duration>215999</duration>\n"
-    "\t\t\t<extension application=\"http://www.videolan.org/vlc/playlist/0\">\n"
-    "\t\t\t\t<vlc:id>0</vlc:id>\n"
-    "\t\t\t</extension>\n"
-    "\t\t</track>\n"
-    "\t\t<track>\n"
-    "\t\t\t<location>file:///C:/Users/carol/Music/caf%C3%A9%20bar.mp3</location>\n"
-    "\t\t\t<duration>60000</duration>\n"
-    "\t\t\t<extension application=\"http://www.videolan.org/vlc/playlist/0\">\n"
-    "\t\t\t\t<vlc:id>1</vlc:id>\n"
-    "\t\t\t</extension>\n"
-    "\t\t</track>\n"
-    "\t\t<track>\n"
-    "\t\t\t<location>file:///C:/Users/carol/Music/no-id.mp3</location>\n"
-    "\t\t\t<duration>1000</duration>\n"
-    "\t\t</track>\n"
-    "\t\t<track>\n"
-    "\t\t\t<location>file:///C:/Users/carol/Music/last.mp3</location>\n"
-    "\t\t\t<extension application=\"http://www.videolan.org/vlc/playlist/0\">\n"
-    "\t\t\t\t<vlc:id>3</vlc:id>\n"
-    "\t\t\t</extension>\n"
-    "\t\t</track>\n"
-    "\t</trackList>\n"
-    "</playlist>\n";
+// A playlist of the player's own: a track without an id is never taken, one
+// without a duration keeps the duration of the track before it.
+bool write_party(const QString& path)
+{
+    const struct
+    {
+        const char* location;
+        const char* duration;
+        int id;
+    } tracks[] = {{"file:///C:/Users/carol/My%20Music/a.mp3", "215999", 0},
+                  {"file:///C:/Users/carol/Music/caf%C3%A9%20bar.mp3", "60000", 1},
+                  {"file:///C:/Users/carol/Music/no-id.mp3", "1000", -1},
+                  {"file:///C:/Users/carol/Music/last.mp3", nullptr, 3}};
+    xspf_writer writer;
+    if (!writer.open(path, "Playlist"))
+        return false;
+    for (const auto& t : tracks) {
+        xspf_entry entry;
+        entry.location = t.location;
+        entry.duration = t.duration ? QString(t.duration) : QString();
+        entry.id = t.id;
+        writer.add(entry);
+    }
+    return writer.close();
+}
 
 bool write_carol(const QString& root, QString* error)
 {
@@ -96,7 +91,6 @@ bool write_carol(const QString& root, QString* error)
         {home + "/Music/mix.m3u", mix.toUtf8()},
         {home + "/Music/unix.m3u", unix_lines.toUtf8()},
         {home + "/Music/road.m3u8", road.toUtf8()},
-        {home + "/Music/party.xspf", QByteArray(k_xspf)},
         {home + "/AppData/Roaming/vlc/vlcrc", vlcrc.toUtf8()},
         {home + "/AppData/Roaming/vlc/art/artistalbum/ab12/art.jpg", QByteArray::fromHex("ffd8ffe000104a464946")},
         {home + "/AppData/Roaming/vlc/art/artistalbum/cd34/cover.png", QByteArray::fromHex("89504e470d0a1a0a")},
@@ -107,7 +101,7 @@ bool write_carol(const QString& root, QString* error)
         if (!tree_writer::write_file(root, file.path, file.data, error))
             return false;
     }
-    return true;
+    return write_party(root + "/" + home + "/Music/party.xspf");
 }
 
 bool write_dave(const QString& root, QString* error)
@@ -138,5 +132,8 @@ bool write_dave(const QString& root, QString* error)
 
 bool write_windows_sample_tree(const QString& root, QString* error)
 {
-    return write_carol(root, error) && write_dave(root, error);
+    // The guest account is one like any other.
+    return write_carol(root, error) && write_dave(root, error)
+           && tree_writer::write_file(root, "Users/Guest/AppData/Roaming/vlc/vlcrc",
+                                      "[podcast]\npodcast-urls=http://guest.example/feed\n", error);
 }

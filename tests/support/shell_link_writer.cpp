@@ -10,12 +10,8 @@ enum link_flag : quint32 {
     has_target_id_list = 0x01,
     has_link_info = 0x02,
     has_name = 0x04,
-    has_relative_path = 0x08,
     has_working_dir = 0x10,
-    has_arguments = 0x20,
-    has_icon_location = 0x40,
     is_unicode = 0x80,
-    has_exp_string = 0x200,
 };
 
 using little_endian_writer::put16;
@@ -31,16 +27,6 @@ QByteArray fixed_ansi(const QString& text, int size)
 {
     QByteArray bytes = text.toLatin1().left(size - 1);
     bytes.append(QByteArray(size - bytes.size(), '\0'));
-    return bytes;
-}
-
-QByteArray fixed_utf16(const QString& text, int units)
-{
-    QByteArray bytes;
-    const QString cut = text.left(units - 1);
-    for (const QChar c : cut)
-        put16(bytes, c.unicode());
-    bytes.append(QByteArray((units - cut.size()) * 2, '\0'));
     return bytes;
 }
 
@@ -138,16 +124,6 @@ QByteArray link_info(const link_fields& f)
     return out;
 }
 
-QByteArray environment_block(const QString& path)
-{
-    QByteArray out;
-    put32(out, 0x314);
-    put32(out, 0xA0000001);
-    out.append(fixed_ansi(path, 260));
-    out.append(fixed_utf16(path, 260));
-    return out;
-}
-
 QByteArray tracker_block(const QString& machine)
 {
     QByteArray out;
@@ -181,17 +157,11 @@ QByteArray build(const link_fields& f)
     {
         quint32 flag;
         const QString* text;
-    } strings[] = {{has_name, &f.description},
-                   {has_relative_path, &f.relative_path},
-                   {has_working_dir, &f.working_directory},
-                   {has_arguments, &f.arguments},
-                   {has_icon_location, &f.icon_location}};
+    } strings[] = {{has_name, &f.description}, {has_working_dir, &f.working_directory}};
     for (const auto& s : strings) {
         if (!s.text->isEmpty())
             flags |= s.flag;
     }
-    if (!f.environment_path.isEmpty())
-        flags |= has_exp_string;
 
     QByteArray out = header(f, flags);
     if (!f.target_id_list.isEmpty())
@@ -202,8 +172,6 @@ QByteArray build(const link_fields& f)
         if (!s.text->isEmpty())
             put_string_data(out, *s.text);
     }
-    if (!f.environment_path.isEmpty())
-        out.append(environment_block(f.environment_path));
     if (!f.machine_id.isEmpty())
         out.append(tracker_block(f.machine_id));
     put32(out, 0);  // terminal block

@@ -14,25 +14,10 @@
 
 namespace test_support {
 
-QString shared_fixtures_dir()
-{
-    return tree_writer::shared_fixtures_dir();
-}
-
-QString plugin_library_path()
-{
-    return QStringLiteral(VLC_TEST_PLUGIN_PATH);
-}
-
-QString host_program_path()
-{
-    return QStringLiteral(VLC_TEST_HOST_PATH);
-}
-
-QString source_dir()
-{
-    return QStringLiteral(VLC_TEST_SOURCE_DIR);
-}
+QString shared_fixtures_dir() { return tree_writer::shared_fixtures_dir(); }
+QString plugin_library_path() { return QStringLiteral(VLC_TEST_PLUGIN_PATH); }
+QString host_program_path() { return QStringLiteral(VLC_TEST_HOST_PATH); }
+QString source_dir() { return QStringLiteral(VLC_TEST_SOURCE_DIR); }
 
 process_result run_host(const QStringList& arguments, int timeout_ms)
 {
@@ -100,20 +85,15 @@ QString dump_table(const QString& database_path, const QString& table, const QSt
     QString text;
     with_read_only_db(database_path, [&](QSqlDatabase& db) {
         QSqlQuery query(db);
-        if (!query.exec("SELECT * FROM " + table + " ORDER BY INT")) {
+        if (!query.exec("SELECT * FROM " + table + " ORDER BY INT"))
             text = "cannot read " + table + "\n";
-            return;
-        }
         while (query.next()) {
             QStringList cells;
-            const QSqlRecord record = query.record();
-            for (int i = 0; i < record.count(); ++i) {
-                const QString column = record.fieldName(i);
-                const QVariant value = query.value(i);
-                if (value.isNull())
-                    continue;  // NULL columns are left out to keep lines short
-                const QString shown = (column == "INT" || masked.contains(column)) ? QString("*") : value.toString();
-                cells << column + "=" + shown;
+            for (int i = 0; i < query.record().count(); ++i) {
+                const QString column = query.record().fieldName(i);
+                // NULL columns are left out to keep lines short.
+                if (!query.value(i).isNull())
+                    cells << column + "=" + (column == "INT" || masked.contains(column) ? "*" : query.value(i).toString());
             }
             text += cells.join("|") + "\n";
         }
@@ -174,10 +154,10 @@ QMap<QString, QByteArray> snapshot_tree(const QString& root)
     return snapshot;
 }
 
-bool tree_run::write(const std::function<bool(const QString& root, QString* error)>& writer)
+bool tree_run::write(const std::function<bool(const QString& folder, QString* error)>& writer)
 {
     QString error;
-    if (writer(source.path(), &error))
+    if (QDir().mkpath(root()) && writer(source.path(), &error))
         return true;
     result.err = "cannot write the tree: " + error;
     return false;
@@ -185,13 +165,13 @@ bool tree_run::write(const std::function<bool(const QString& root, QString* erro
 
 bool tree_run::run(const QStringList& extra)
 {
-    result = run_host(QStringList{"--source", source.path(), "--out", out.path(), "--debug-log", debug_log()} + extra);
+    result = run_host(QStringList{"--source", root(), "--out", out.path(), "--debug-log", debug_log()} + extra);
     return result.finished && result.exit_code == 0;
 }
 
 QString tree_run::golden_text(const QStringList& masked) const
 {
-    QString text;
+    QString text = "== host report\n" + result.out;
     const auto tables = query_rows(database(), "SELECT name FROM sqlite_master WHERE type='table' ORDER BY name");
     for (const QVariantList& table : tables) {
         const QString name = table.value(0).toString();
@@ -211,7 +191,7 @@ QString tree_run::golden_text(const QStringList& masked) const
     text += "== debug log\n";
     for (const QString& message : log_messages(read_lines(debug_log())))
         text += message + '\n';
-    return text.replace(source.path(), "<source>").replace(out.path(), "<out>");
+    return text.replace(root(), "<source>").replace(source.path(), "<beside>").replace(out.path(), "<out>");
 }
 
 QStringList read_lines(const QString& path)

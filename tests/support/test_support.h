@@ -57,18 +57,25 @@ struct tree_run
     QTemporaryDir source;
     QTemporaryDir out;
     process_result result;
+    // The evidence root's folder inside source, for a tree that keeps files
+    // beside its evidence (outside the root); empty: source itself. Set it
+    // before write().
+    QString below;
 
-    // Writes the tree; false (with the reason in result.err) when it could not.
-    bool write(const std::function<bool(const QString& root, QString* error)>& writer);
-    // Runs the host with --source, --out and a plain --debug-log, then extra;
-    // true when it exited 0.
+    QString root() const { return below.isEmpty() ? source.path() : source.filePath(below); }
+    // Writes the tree into source; false (with the reason in result.err) when it could not.
+    bool write(const std::function<bool(const QString& folder, QString* error)>& writer);
+    // Runs the host with --source root(), --out and a plain --debug-log, then
+    // extra; true when it exited 0.
     bool run(const QStringList& extra = {});
     QString database() const { return out.path() + "/Artifacts_Result/VLC/VLC.sqlite"; }
     QString debug_log() const { return out.filePath("debug.log"); }
-    // Every table's rows (sorted within the table, NULL columns left out), then
-    // the debug log's messages, with the source root shown as "<source>" and
-    // the masked columns as "*" (a mask "column" applies to every table,
-    // "table.column" to one): the text a golden file holds.
+    // The host's report, every table's rows (sorted within the table, NULL
+    // columns left out), then the debug log's messages, with the evidence
+    // root shown as "<source>", the folder beside it as "<beside>", the
+    // output folder as "<out>" and the masked columns as "*" (a mask
+    // "column" applies to every table, "table.column" to one): the text a
+    // golden file holds.
     QString golden_text(const QStringList& masked = {}) const;
 };
 

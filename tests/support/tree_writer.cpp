@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <sys/stat.h>
+
 namespace tree_writer {
 
 bool write_file(const QString& root, const QString& relative, const QByteArray& data, QString* error)
@@ -43,6 +45,30 @@ QByteArray read_file(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool write_entries(const QString& root, const QList<entry>& entries, QString* error)
+{
+    for (const entry& e : entries) {
+        const QString path = QDir(root).filePath(e.path);
+        QDir().mkpath(QFileInfo(path).absolutePath());
+        bool ok = true;
+        if (e.what == kind::file || e.what == kind::oversized)
+            ok = write_file(root, e.path, e.data, error)
+                 && (e.what == kind::file || QFile(path).resize(65LL * 1024 * 1024));
+        else if (e.what == kind::link)
+            ok = QFile::link(QString::fromUtf8(e.data), path);
+        else if (e.what == kind::pipe)
+            ok = ::mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
+        else
+            ok = QDir().mkpath(path);
+        if (!ok) {
+            if (error && error->isEmpty())
+                *error = "cannot make " + path;
+            return false;
+        }
+    }
+    return true;
 }
 
 QString shared_fixtures_dir()

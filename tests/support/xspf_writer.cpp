@@ -38,13 +38,15 @@ void xspf_writer::add(const xspf_entry& entry)
                                                  {"trackNum", entry.track_num}, {"annotation", entry.annotation},
                                                  {"image", entry.image},        {"duration", entry.duration}};
     for (const auto& tag : tags) {
-        if (!tag.second.isEmpty())
+        if (!tag.second.isNull())
             m_xml.writeTextElement(tag.first, tag.second);
     }
-    m_xml.writeStartElement("extension");
-    m_xml.writeAttribute("application", k_application);
-    m_xml.writeTextElement(k_vlc_namespace, "id", QString::number(entry.id));
-    m_xml.writeEndElement();
+    if (entry.id >= 0) {
+        m_xml.writeStartElement("extension");
+        m_xml.writeAttribute("application", k_application);
+        m_xml.writeTextElement(k_vlc_namespace, "id", QString::number(entry.id));
+        m_xml.writeEndElement();
+    }
     m_xml.writeEndElement();
     ++m_count;
 }

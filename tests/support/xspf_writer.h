@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QXmlStreamWriter>
 
+// Tags left null are not written; an empty one is written empty.
 struct xspf_entry
 {
     QString location;     // written as given (percent-escaped or not)
@@ -21,7 +22,7 @@ struct xspf_entry
     QString annotation;
     QString image;
     QString duration;     // milliseconds
-    int id = 0;
+    int id = 0;           // the extension block with the player's id is left out when negative
 };
 
 class xspf_writer

@@ -1,0 +1,277 @@
+// The controller as a host drives it: the binary interface of the loaded
+// library, the result database and its faults, the schemes it will not run,
+// and a cancel in the middle of every scheme's tables, which keeps the rows
+// already written.
+
+#include <QLibrary>
+#include <QSignalSpy>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QtTest>
+
+#include <cstring>
+
+#include "controller_setup.h"
+#include "debug_log_capture.h"
+#include "sample_trees.h"
+#include "vlc.h"
+#include "vlc_plugin_interface.h"
+
+namespace {
+
+// Itanium C++ ABI: a pointer to a virtual member function holds 1 + the byte
+// offset of its slot in the virtual table.
+template <typename Method>
+std::ptrdiff_t slot_of(Method method)
+{
+    std::ptrdiff_t raw[2];
+    static_assert(sizeof(Method) == sizeof(raw), "Itanium member-function pointer expected");
+    std::memcpy(raw, &method, sizeof(raw));
+    return (raw[0] & 1) ? (raw[0] - 1) / std::ptrdiff_t(sizeof(void*)) : -1;
+}
+
+// A controller set up by a host on a source, with its log and result folder.
+struct session
+{
+    QTemporaryDir source;
+    QTemporaryDir out;
+    debug_log_capture log;
+    vlc controller;
+
+    explicit session(const QString& scheme, const QList<QString>& tables = {"recents"}, const QString& result_dir = {},
+                     const QStringList& users = {})
+    {
+        controller_setup setup;
+        setup.source.source_path_1 = source.path() + "/";
+        setup.source.os_scheme_display = scheme;
+        setup.source.os_scheme_internal = scheme;
+        for (const QString& user : users)
+            setup.source.system_account_QList << struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_system_account{user, {}};
+        setup.general = log.general();
+        setup.tables = tables;
+        setup.result_dir = result_dir.isNull() ? out.path() : result_dir;
+        prepare_controller(controller, setup);
+    }
+    QString database() const { return out.filePath("Artifacts_Result/VLC/VLC.sqlite"); }
+    void extract()
+    {
+        controller.pub_find_source_file();
+        controller.pub_extract_artifacts();
+    }
+};
+
+// Holds the exclusive lock of a database as long as it lives, as another
+// program writing to it would.
+struct exclusive_lock
+{
+    QSqlDatabase db;
+    bool held = false;
+    explicit exclusive_lock(const QString& path) : db(QSqlDatabase::addDatabase("QSQLITE", "lock"))
+    {
+        db.setDatabaseName(path);
+        QSqlQuery query(db.open() ? db : QSqlDatabase());
+        held = query.exec("PRAGMA locking_mode=EXCLUSIVE") && query.exec("BEGIN EXCLUSIVE")
+               && query.exec("CREATE TABLE IF NOT EXISTS lock_holder(x)");
+    }
+    ~exclusive_lock()
+    {
+        db.close();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase("lock");
+    }
+};
+
+// Cancels the running controller when the log shows a text for the nth time.
+vlc* g_target = nullptr;
+QString g_trigger;
+int g_left = 0;
+void cancel_on_trigger(QtMsgType, const QMessageLogContext&, const QString& message)
+{
+    if (g_target && message.contains(g_trigger) && --g_left == 0)
+        g_target->pub_cancel_extraction();
+}
+
+}  // namespace
+
+class test_plugin : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void the_host_declaration_matches_the_library()
+    {
+#define SAME_SLOT(name) QCOMPARE(slot_of(&vlc::name), slot_of(&vlc_plugin_interface::name))
+        SAME_SLOT(pub_set_engine_type);
+        SAME_SLOT(pub_get_artifact_name);
+        SAME_SLOT(pub_set_essentials);
+        SAME_SLOT(pub_set_source_count);
+        SAME_SLOT(pub_set_ios_uid_backup_pointer);
+        SAME_SLOT(pub_set_desktop_info);
+        SAME_SLOT(pub_set_general_info);
+        SAME_SLOT(pub_set_source_info);
+        SAME_SLOT(pub_set_essential_for_quarl_desk_extraction);
+        SAME_SLOT(pub_set_result_directory);
+        SAME_SLOT(pub_create_db_tables);
+        SAME_SLOT(pub_set_clear_db);
+        SAME_SLOT(pub_cancel_extraction);
+        SAME_SLOT(pub_find_source_file);
+        SAME_SLOT(pub_set_extended_attributes_list);
+        SAME_SLOT(pub_extract_artifacts);
+        SAME_SLOT(pub_generate_chat_html_pages);
+        SAME_SLOT(pub_remove_temporary_asthetics);
+#undef SAME_SLOT
+        // The operations follow QFrame's own virtual functions, one slot each, in order.
+        QCOMPARE(slot_of(&vlc::pub_remove_temporary_asthetics), slot_of(&vlc::pub_set_engine_type) + 17);
+        // Only the entry point is exported; the controller's own symbols stay hidden.
+        QLibrary library(test_support::plugin_library_path());
+        QVERIFY2(library.load(), qPrintable(library.errorString()));
+        QVERIFY(library.resolve("create_object"));
+        for (const char* hidden : {"_ZN3vlcC1EP7QWidget", "_ZN22plugin_static_function9app_debugE7QStringS0_"})
+            QVERIFY2(!library.resolve(hidden), hidden);
+    }
+
+    // The eight tables exactly as the host reads them back, made once.
+    void the_result_schema()
+    {
+        session s("winOS");
+        s.controller.pub_create_db_tables();
+        QString schema;
+        for (const QVariantList& row : test_support::query_rows(s.database(), "SELECT sql FROM sqlite_master ORDER BY rowid"))
+            schema += row.value(0).toString() + "\n";
+        const QString difference = test_support::compare_with_golden("result_schema.txt", schema);
+        QVERIFY2(difference.isEmpty(), qPrintable(difference));
+        QVERIFY(plugin_static_function::execute_db_command_by_dbpath("insert into recents(system_user) values('x')",
+                                                                     s.database(), "t"));
+        s.controller.pub_create_db_tables();
+        QCOMPARE(test_support::count_rows(s.database(), "recents"), qint64(1));
+        QVERIFY(s.log.messages_with("FAILED").isEmpty());
+    }
+
+    // Only the selected tables are emptied; a table name is never run as SQL.
+    void clearing_tables_on_request()
+    {
+        session s("winOS", {"recents", "no_such_table", "podcasts' ; drop table album; --", "album_art"});
+        s.controller.pub_set_clear_db(true);
+        QCOMPARE(s.log.messages_with("clear_db_tables"), QStringList{"[clear_db_tables]DB not exists and so returning..."});
+        s.controller.pub_create_db_tables();
+        for (const char* table : {"recents", "album_art", "album", "podcasts"})
+            QVERIFY(plugin_static_function::execute_db_command_by_dbpath(
+                QString("insert into %1(system_user) values('x')").arg(table), s.database(), "t"));
+        s.controller.pub_set_clear_db(true);
+        QCOMPARE(test_support::count_rows(s.database(), "recents") + test_support::count_rows(s.database(), "album_art"), qint64(0));
+        QCOMPARE(test_support::count_rows(s.database(), "album") + test_support::count_rows(s.database(), "podcasts"), qint64(2));
+        QVERIFY(s.log.messages().contains(" command -  delete from 'podcasts'' ; drop table album; --'"));
+        QCOMPARE(s.log.messages_with("--------FAILED------").size(), 2);
+        // Editions outside 0 to 2 clear nothing and say nothing.
+        const int lines = s.log.lines().size();
+        s.controller.pub_set_engine_type(3);
+        s.controller.pub_set_clear_db(true);
+        QCOMPARE(test_support::count_rows(s.database(), "album"), qint64(1));
+        QCOMPARE(s.log.lines().size(), lines);
+    }
+
+    void faults_on_the_output_side_end_the_run_cleanly()
+    {
+        QTemporaryDir out;
+        QVERIFY(tree_writer::write_file(out.filePath("file"), "x"));
+        {
+            // A result folder that cannot be made: logged, nothing written, the end still reported.
+            session s("winOS", {"podcasts", "recents"}, out.filePath("file/sub"));
+            QSignalSpy tabs(&s.controller, &vlc::signal_tab_processed_of_plugin_overall);
+            s.extract();
+            s.controller.pub_remove_temporary_asthetics();
+            QVERIFY(!QFileInfo::exists(out.filePath("file/sub")) && !tabs.isEmpty());
+            QVERIFY(!s.log.messages_with("for table creation").isEmpty());
+        }
+        {
+            // An empty result folder never becomes the file system's root.
+            const bool existed = QFileInfo::exists("/Artifacts_Result");
+            session s("winOS", {"recents"}, "  ");
+            QCOMPARE(QFileInfo::exists("/Artifacts_Result"), existed);
+            QVERIFY(s.log.messages().contains("[set_destination_location] result directory is empty ---FAILED---"));
+        }
+        {
+            // A database deleted between the host's calls is not made again:
+            // an empty one would look like a run that found nothing.
+            session s("winOS", {"podcasts"});
+            QVERIFY(write_windows_sample_tree(s.source.path(), nullptr));
+            QVERIFY(QFile::remove(s.database()));
+            s.extract();
+            QVERIFY(!QFileInfo::exists(s.database()) && !s.log.messages_with("the database does not exist").isEmpty());
+        }
+        {
+            // A database another program holds locked keeps its rows.
+            session s("winOS", {"podcasts"}, {}, {"carol"});
+            QVERIFY(write_windows_sample_tree(s.source.path(), nullptr));
+            exclusive_lock lock(s.database());
+            QVERIFY(lock.held);
+            s.extract();
+            QVERIFY(!s.log.messages_with("database is locked").isEmpty());
+        }
+    }
+
+    void schemes_it_does_not_run()
+    {
+        for (const char* scheme : {"macos", "", " androidOS"}) {
+            session s(scheme);
+            QSignalSpy records(&s.controller, &vlc::signal_extracted_records_of_plugin_overall);
+            s.extract();
+            QCOMPARE(s.log.messages_with("FAILED"),
+                     (QStringList{QString("------FAILED------- supported os scheme not matched, received os scheme =  ")
+                                      + scheme + ", plugin name is VLC",
+                                  QString("------FAILED------- supported os scheme internal not matched, received os "
+                                          "scheme internal =  ") + scheme + ", plugin name is VLC"}));
+            QCOMPARE(records.count(), 2);
+        }
+        session s("androidOS");
+        s.controller.pub_cancel_extraction();
+        s.extract();
+        QCOMPARE(s.log.messages_with("[pub_extract_artifacts]"), QStringList{"[pub_extract_artifacts] - START"});
+    }
+
+    // The host cancels when the log shows a text for the nth time: the rows
+    // written before stay, no later table runs, the end is not logged.
+    void a_cancel_in_the_middle_keeps_the_rows_written()
+    {
+        const struct
+        {
+            const char* scheme;
+            bool (*write)(const QString&, QString*);
+            QList<QString> tables;
+            QStringList users;
+            const char* trigger;
+            int nth;
+            const char* rows;  // table=count, ...
+            const char* end_line;  // of the reader cancelled
+        } cases[] = {
+            {"androidOS", write_android_sample_tree, {"media_library", "playlists"}, {}, "get_audio_track_details", 5,
+             "media_library=3, playlists=0", "[extract_plugin_artifacts] ends"},
+            {"macOS", write_macos_sample_tree, {"recents", "recent_played"}, {"alice", "bob"},
+             "[xcode_extract_recent_played_11_12] START", 1, "recents=4, recent_played=0", "[extract_plugin_artifacts] ends"},
+            {"macOS", write_macos_sample_tree, {"recent_played"}, {"alice", "bob"},
+             "[xcode_extract_recent_played_11_12] START", 2, "recent_played=4", "[extract_plugin_artifacts] ends"},
+            {"winOS", write_windows_sample_tree, {"recents", "playlists"}, {"carol", "dave"},
+             "path outside the source root", 1, "recents=8, playlists=0", "[extract_recents]---ENDS---"},
+        };
+        for (const auto& c : cases) {
+            session s(c.scheme, c.tables, {}, c.users);
+            QVERIFY(c.write(s.source.path(), nullptr));
+            g_target = &s.controller;
+            g_trigger = c.trigger;
+            g_left = c.nth;
+            plugin_static_function::debug_print_on_terminal_bool = true;
+            const QtMessageHandler previous = qInstallMessageHandler(cancel_on_trigger);
+            s.extract();
+            qInstallMessageHandler(previous);
+            g_target = nullptr;
+            QStringList rows;
+            for (const QString& table : c.tables)
+                rows << table + "=" + QString::number(test_support::count_rows(s.database(), table));
+            QCOMPARE(rows.join(", "), QString(c.rows));
+            QVERIFY2(s.log.messages_with(c.end_line).isEmpty(), c.end_line);
+        }
+    }
+};
+
+QTEST_MAIN(test_plugin)
+#include "test_plugin.moc"
