@@ -145,7 +145,7 @@ private slots:
     {
         QTemporaryDir dir;
         const QString db = dir.filePath("evidence_copy.db");
-        for (const QString& statement : {"CREATE TABLE people (id INTEGER PRIMARY KEY, name TEXT, note TEXT)",
+        for (const char* statement : {"CREATE TABLE people (id INTEGER PRIMARY KEY, name TEXT, note TEXT)",
                                          "INSERT INTO people VALUES (1, 'ann', 'first'), (2, 'bob', NULL)"})
             QVERIFY(psf::execute_db_command_by_dbpath(statement, db, k_caller));
         const QString hostile = "O'Brien\"; DROP TABLE people; --";

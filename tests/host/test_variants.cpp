@@ -41,7 +41,7 @@ bool run_sql(const QString& database, const QStringList& statements)
 bool reverse_columns(const QString& database)
 {
     QStringList statements;
-    for (const QString& table : {"Media", "Album", "File", "Playlist", "AudioTrack"}) {
+    for (const QString table : {"Media", "Album", "File", "Playlist", "AudioTrack"}) {
         QStringList columns;
         for (const QVariantList& row : test_support::query_rows(database, "SELECT name FROM pragma_table_info('" + table + "')"))
             columns.prepend(row.value(0).toString());

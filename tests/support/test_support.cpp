@@ -91,9 +91,10 @@ QString dump_table(const QString& database_path, const QString& table, const QSt
             QStringList cells;
             for (int i = 0; i < query.record().count(); ++i) {
                 const QString column = query.record().fieldName(i);
-                // NULL columns are left out to keep lines short.
+                // NULL columns are left out to keep lines short; a value keeps to its line.
+                const QString value = query.value(i).toString().replace('\n', "\\n");
                 if (!query.value(i).isNull())
-                    cells << column + "=" + (column == "INT" || masked.contains(column) ? "*" : query.value(i).toString());
+                    cells << column + "=" + (column == "INT" || masked.contains(column) ? "*" : value);
             }
             text += cells.join("|") + "\n";
         }

@@ -38,7 +38,8 @@ QList<QVariantList> query_rows(const QString& database_path, const QString& stat
 qint64 count_rows(const QString& database_path, const QString& table);
 
 // One line per row: "col=value|col=value", columns in table order, the row
-// id and the columns in `masked` shown as "*". Rows in row-id order.
+// id and the columns in `masked` shown as "*", line feeds in values as "\n".
+// Rows in row-id order.
 QString dump_table(const QString& database_path, const QString& table, const QStringList& masked = {});
 
 // Compares text with tests/golden/<name>; with VLC_UPDATE_GOLDEN=1 in the
