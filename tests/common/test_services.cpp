@@ -1,124 +1,148 @@
 // The shared services that turn one text into another: durations, sizes,
 // suffixes and times into the forms of the result tables, source paths into
 // the relative paths and account names of the rows, file names into media
-// kinds, property-list values into texts, and the names the Windows readers
-// give. One table of cases; the process runs in a time zone with an offset
-// and summer time, so that a conversion that slips through local time shows.
+// kinds, property-list values into texts, the names the Windows readers give,
+// the SQL helpers' rows and failure reports, and the debug log's lines. One
+// table of inputs; what each gives is pinned by tests/golden/services.txt.
+// The process runs in a time zone with an offset and summer time, so that a
+// conversion that slips through local time shows.
 
+#include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <ctime>
-#include <functional>
 
+#include "debug_log_capture.h"
+#include "encryptor_string.h"
 #include "lnk_paser_class.h"
 #include "olecf_file_parse.h"
 #include "plist_document.h"
 #include "plist_writer.h"
 #include "plugin_helper_functions.h"
-#include "plugin_static_function.h"
-#include "test_support.h"
+#include "tree_writer.h"
 
 namespace {
 
 using psf = plugin_static_function;
-using converter = std::function<QString(const QStringList& arguments)>;
+QTemporaryDir g_dir;
+const QString k_caller = "void vlc_androidos::extract_media_library()";
 
-QString text(qint64 number)
-{
-    return QString::number(number);
-}
-
-// Reads one key of a dictionary written in the given form with a reader of
-// the property-list family.
-QString plist_reader(plist_writer::format form, const QStringList& a)
+QString plist_reader(plist_writer::format form, const QString& reader, const QString& key)
 {
     static const QVariantMap values{
         {"text", "  padded  "}, {"real", 2.9}, {"negative", -3.7}, {"one", 1}, {"yes", true}, {"no", false},
         {"empty", ""}, {"list", QVariantList{"a", 7, true}},
         {"when", QDateTime(QDate(2020, 12, 31), QTime(23, 59, 59, 900), QTimeZone::utc())},
         {"before 2001", QDateTime(QDate(2000, 12, 31), QTime(23, 59, 59, 500), QTimeZone::utc())}};
-    const plist_owner dict = plist_document::from_bytes(plist_writer::write(values, form));
-    const QString& reader = a.value(0);
-    const QString& key = a.value(1);
-    plist_t d = dict.get();
+    const plist_owner owner = plist_document::from_bytes(plist_writer::write(values, form));
+    plist_t d = owner.get();
     if (reader == "string")
         return psf::get_nsstring_values(key, d);
     if (reader == "number")
         return psf::get_nsnumber_values(key, d);
     if (reader == "yes/no")
-        return psf::get_nsnumber_values_yes_no(key, d);
-    if (reader == "labelled yes/no")
-        return psf::get_nsnumber_key_and_value_yes_no(key, d, "Enabled");
-    if (reader == "labelled string")
-        return psf::get_nsstring_key_and_values(key, d, "Name");
-    if (reader == "labelled number")
-        return psf::get_nsnumber_key_and_values(key, d, "Count");
-    if (reader == "labelled array")
-        return psf::get_nsarray_key_and_values(key, d, "Items");
-    return text(psf::convert_nsdate_to_epoch(plist_document::dict_item(d, key)));
+        return psf::get_nsnumber_values_yes_no(key, d) + "|" + psf::get_nsnumber_key_and_value_yes_no(key, d, "On");
+    if (reader == "labelled")
+        return psf::get_nsstring_key_and_values(key, d, "Name") + "|" + psf::get_nsnumber_key_and_values(key, d, "N")
+               + "|" + psf::get_nsarray_key_and_values(key, d, "Items");
+    return QString::number(psf::convert_nsdate_to_epoch(plist_document::dict_item(d, key)));
 }
 
-QString kinds(const QString& name)
+// Runs one SQL helper, named by its family: "exec" or "list", by "path" or by
+// "reference" (a connection opened here, as the readers do), "bound" with
+// values; "exists" asks for a value. The rows, or ok/failed, then the log.
+QString sql(const QString& helper, const QString& command, const QStringList& values)
+{
+    const QString db_path = g_dir.filePath(helper.contains("missing") ? "no/db" : "people.db");
+    const bool bound = helper.contains("bound");
+    debug_log_capture log;
+    QStringList rows;
+    bool ok = false;
+    QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "reference");
+    db.setDatabaseName(db_path);
+    const bool list = helper.startsWith("list");
+    if (list && helper.contains("by path"))
+        rows = bound ? psf::get_stringlist_from_db_with_addbindvalues_by_dbpath(command, values, 1, db_path, k_caller)
+                     : psf::get_stringlist_from_db_by_dbpath(command, 1, db_path, k_caller);
+    else if (helper.contains("by path"))
+        ok = bound ? psf::execute_db_command_with_addbindvalue_by_dbpath(command, values, db_path, k_caller)
+                   : psf::execute_db_command_by_dbpath(command, db_path, k_caller);
+    else if (db.open() && list)
+        rows = bound ? psf::get_stringlist_from_db_with_addbindvalues_by_dbreference(command, values, 1, db, k_caller)
+                     : psf::get_stringlist_from_db_by_dbreference(command, 1, db, k_caller);
+    else if (helper.startsWith("exists"))
+        ok = psf::check_value_existence_in_db_by_dbreference(command, 0, values.value(0), db);
+    else
+        ok = bound ? psf::execute_db_command_with_addbindvalue_by_dbreference(command, values, db, k_caller)
+                   : psf::execute_db_command_by_dbreference(command, db, k_caller);
+    db.close();
+    db = QSqlDatabase();
+    QSqlDatabase::removeDatabase("reference");
+    QString result = list ? "[" + rows.join(',') + "]" : ok ? "ok" : "failed";
+    return QString(result + " / " + log.messages().join(" / ") + " / " + log.functions().value(0)).replace(g_dir.path(), "<dir>");
+}
+
+QString convert(const QString& name, const QStringList& a)
 {
     plugin_helper_functions helper;
-    return QString(helper.check_is_image_by_extn(name) ? "i" : "-") + (helper.check_is_audio_by_extn(name) ? "a" : "-")
-           + (helper.check_is_video_by_extn(name) ? "v" : "-");
+    if (name == "time")
+        return psf::get_human_readable_time(a[0]);
+    if (name == "ms")
+        return psf::duration_text_from_milliseconds(a[0]);
+    if (name == "pad")
+        return psf::zero_padded_number(a[0], a.value(1).toInt());
+    if (name == "size")
+        return psf::human_readable_size(a[0]);
+    if (name == "suffix")
+        return psf::mining_suffix(a[0]);
+    if (name == "apple")
+        return psf::convert_apple_time_to_epoch(a[0]);
+    if (name == "google")
+        return psf::convert_google_time_to_epoch(a[0]);
+    if (name == "iso") {
+        const QDateTime moment = psf::get_datetime_from_string_with_iso_date(a[0]);
+        return moment.isValid() ? QString::number(moment.toUTC().toSecsSinceEpoch()) : QString("invalid");
+    }
+    if (name == "utc")
+        return psf::convert_timestamp_to_human_readable_in_UTC(a[0]) + "|" + psf::convert_timezone_to_seconds(a[0]);
+    if (name == "epochs")
+        return psf::convert_human_readable_to_epoch_1(a[0]) + "|" + psf::convert_human_readable_to_epoch_2(a[0]) + "|"
+               + psf::convert_human_readable_to_epoch_3(a[0]) + "|" + psf::convert_T_Z_time_to_epoch(a[0]);
+    if (name == "source file")
+        return psf::get_final_artifact_source_file(a[0], a[1], a[2]).join('|') + "|"
+               + psf::get_relative_file_path(a[0], a[1], a[2]) + "|" + psf::get_complete_file_path(a[0], "ann", a[2]);
+    if (name == "user") {
+        psf::system_account_QList = {{"ann", ""}, {"bob", "DESKTOP-1\\bob"}, {"admin", "Administrator"}};
+        const QString user = psf::extract_user_name_from_sourcefile(a[0], a[1]);
+        psf::system_account_QList.clear();
+        return user;
+    }
+    if (name == "unmatched")
+        return QStringList(psf::get_unmatched_varible_list_of_parentlist(a[0].split(',', Qt::SkipEmptyParts),
+                                                                         a[1].split(',', Qt::SkipEmptyParts)))
+            .join(',');
+    if (name == "kind")
+        return QString(helper.check_is_image_by_extn(a[0]) ? "i" : "-") + (helper.check_is_audio_by_extn(a[0]) ? "a" : "-")
+               + (helper.check_is_video_by_extn(a[0]) ? "v" : "-");
+    if (name == "stream folder")
+        return olecf_file_parse::stream_folder_name(a[0]);
+    if (name == "filetime")
+        return QString::number(lnk_paser_class().give_epoch_from_string(a[0]));
+    if (name.endsWith("plist"))
+        return plist_reader(name == "xplist" ? plist_writer::format::xml : plist_writer::format::binary, a[0], a[1]);
+    if (name == "log") {
+        debug_log_capture log(a[0].toInt());
+        psf::app_debug("m", a[1]);
+        return log.lines().value(0).remove(QRegularExpression("^\\[\\d{4}-[A-Z][a-z]{2}-\\d{2}T\\d{2}-\\d{2}-\\d{2}\\]"));
+    }
+    return sql(name, a[0], a.mid(1));
 }
-
-QString user_of(const QStringList& a)
-{
-    psf::system_account_QList = {{"ann", ""}, {"bob", "DESKTOP-1\\bob"}, {"admin", "Administrator"}};
-    const QString user = psf::extract_user_name_from_sourcefile(a.value(0), a.value(1));
-    psf::system_account_QList.clear();
-    return user;
-}
-
-QString iso_seconds(const QString& value)
-{
-    const QDateTime moment = psf::get_datetime_from_string_with_iso_date(value);
-    return moment.isValid() ? text(moment.toUTC().toSecsSinceEpoch()) : QString("invalid");
-}
-
-const QMap<QString, converter> k_converters = {
-    {"time", [](const QStringList& a) { return psf::get_human_readable_time(a[0]); }},
-    {"ms", [](const QStringList& a) { return psf::duration_text_from_milliseconds(a[0]); }},
-    {"pad", [](const QStringList& a) { return psf::zero_padded_number(a[0], a.value(1).toInt()); }},
-    {"size", [](const QStringList& a) { return psf::human_readable_size(a[0]); }},
-    {"suffix", [](const QStringList& a) { return psf::mining_suffix(a[0]); }},
-    {"apple", [](const QStringList& a) { return psf::convert_apple_time_to_epoch(a[0]); }},
-    {"google", [](const QStringList& a) { return psf::convert_google_time_to_epoch(a[0]); }},
-    {"iso", [](const QStringList& a) { return iso_seconds(a[0]); }},
-    {"utc", [](const QStringList& a) { return psf::convert_timestamp_to_human_readable_in_UTC(a[0]); }},
-    {"zone", [](const QStringList& a) { return psf::convert_timezone_to_seconds(a[0]); }},
-    {"epoch1", [](const QStringList& a) { return psf::convert_human_readable_to_epoch_1(a[0]); }},
-    {"epoch2", [](const QStringList& a) { return psf::convert_human_readable_to_epoch_2(a[0]); }},
-    {"epoch3", [](const QStringList& a) { return psf::convert_human_readable_to_epoch_3(a[0]); }},
-    {"T Z", [](const QStringList& a) { return psf::convert_T_Z_time_to_epoch(a[0]); }},
-    {"source file",
-     [](const QStringList& a) {
-         const QStringList both = psf::get_final_artifact_source_file(a[0], a.value(1), a.value(2));
-         const bool same = psf::get_relative_file_path(a[0], a.value(1), a.value(2)) == both.value(0);
-         return same ? both.join('|') : QString("relative path differs");
-     }},
-    {"complete", [](const QStringList& a) { return psf::get_complete_file_path(a[0], a.value(1), a.value(2)); }},
-    {"user", user_of},
-    {"unmatched",
-     [](const QStringList& a) {
-         return QStringList(psf::get_unmatched_varible_list_of_parentlist(a[0].split(',', Qt::SkipEmptyParts),
-                                                                          a.value(1).split(',', Qt::SkipEmptyParts)))
-             .join(',');
-     }},
-    {"kind", [](const QStringList& a) { return kinds(a[0]); }},
-    {"stream folder", [](const QStringList& a) { return olecf_file_parse::stream_folder_name(a[0]); }},
-    {"filetime", [](const QStringList& a) { return text(lnk_paser_class().give_epoch_from_string(a[0])); }},
-    {"bplist", [](const QStringList& a) { return plist_reader(plist_writer::format::binary, a); }},
-    {"xplist", [](const QStringList& a) { return plist_reader(plist_writer::format::xml, a); }},
-};
 
 const QString H = "macOS_Home_Directory";
 
-// The inputs of each converter, arguments separated by "|"; what each gives
-// is pinned by tests/golden/services.txt.
+// The inputs of each converter, arguments separated by "|".
 const struct
 {
     const char* converter;
@@ -141,32 +165,46 @@ const struct
              "2019-10-27 02:30:00 +0000", "1960-01-01 00:00:00 +0000", "2019-03-31T02:30:00Z",
              "2019-05-04T12:20:30+02:00", "2019-05-04T10:20:30", "2019-05-04", "not a date",
              "2019-13-04 10:20:30 +0000", "2019-05-04 25:20:30 +0000", "(null)"}},
-    {"utc", {"0", "1553999400.75", "soon"}},
-    {"zone", {"+05:30"}},
-    {"epoch1", {"May 4, 2019, 10:20:30 AM UTC"}},
-    {"epoch2", {"2019-05-04 10:20:30", "2019-05-04 15:50:30 +05:30", "yesterday"}},
-    {"epoch3", {"04 May 2019, 10:20:30", "nonsense"}},
-    {"T Z", {"2019-03-31T02:30:00Z", "20190331 023000", "20190504", "May"}},
+    {"utc", {"0", "1553999400.75", "soon", "+05:30"}},
+    {"epochs", {"May 4, 2019, 10:20:30 AM UTC", "2019-05-04 10:20:30", "2019-05-04 15:50:30 +05:30", "yesterday",
+                "04 May 2019, 10:20:30", "2019-03-31T02:30:00Z", "20190331 023000", "20190504", "May"}},
     {"source file", {"/cases/7/home/Library/vlc.plist|/cases/7/home/|" + H, "/cases/7/home/Library/vlcrc|/cases/7/home|" + H,
-                     "Library/vlcrc|/cases/7/home/|" + H, "/x/src/a/src/b.plist|/src/|" + H,
+                     "Library/vlcrc|/cases/7/home/|" + H, "/x/src/a/src/b.plist|/src/|" + H, "/Users/home|/x/|" + H,
+                     "/Users/home/Movies/a.mkv|/x/|" + H, "/Volumes/USB/a.mkv|/x/|" + H, "|/x/|" + H,
                      "/cases/7/root/Users/ann/vlcrc|/cases/7/root/|macOS", "Users/ann/AppData/vlcrc|/cases/7/root/|winOS",
                      "  |/cases/|macOS"}},
-    {"complete", {"/Users/home/Movies/a.mkv|ann|" + H, "/Users/home|ann|" + H, "/Volumes/USB/a.mkv|ann|" + H,
-                  "Movies/a.mkv|ann|" + H, "/Users/home/Movies/a.mkv|ann|macOS", "Users/bob/a.mkv|ann|winOS", "|ann|" + H}},
     {"user", {"/r/Users/ann/Library/vlcrc|/r/", "/r/Users/ann/Library/vlcrc|/r", "/r/Users/bob/AppData/vlcrc|/r/",
               "/r/home/ann/.config/vlc/vlcrc|/r/", "/r/Users/Ann/Library/vlcrc|/r/", "/r/Users/Shared/ann/vlcrc|/r/",
               "/r/vlcrc|/r/", "/r/Users/|/r/", "/r/Users/Administrator/Videos/admin/a.mkv|/r/"}},
     {"unmatched", {"ann,bob,Ann,carol,bob|bob,dave", "|x", "x|"}},
     {"kind", {" Movie.Mp4 ", "/Users/ann/Movies/Holiday 2019.mov", "phone.3gp", "show.dvr-ms", "movie.", "movie.mp4.",
-              "/Users/ann/music.d/track", "archive.tar.mp3", "song.mp3.part", ".mp3", "IMG_0001.JPG", "scan.cdr",
-              "clip.bmc", "track.mp_", "track._mp3", "track.\u00e9mp3", "photo.\u212Adi", "track. mp3", "list.zpl",
-              "old.wmv", "theora.ogv", "theora.ogg"}},
+              "movie", "/Users/ann/music.d/track", "archive.tar.mp3", "song.mp3.part", ".mp3", "IMG_0001.JPG",
+              "scan.cdr", "clip.bmc", "track.mp_", "track._mp3", "track.\u00e9mp3", "photo.\u212Adi", "track. mp3",
+              "list.zpl", "old.wmv", "theora.ogv", "theora.ogg"}},
     {"stream folder", {"DestList", "a.b", "..", "a/b", "a\\b", "%2F", ""}},
     {"filetime", {"116444736010000000", "116444735990000000", "116444736009999999", "x"}},
-    {"bplist", {"string|text", "string|real", "number|real", "number|text", "yes/no|yes", "yes/no|one",
-                "labelled yes/no|one", "labelled yes/no|real", "labelled string|text", "labelled string|empty",
-                "labelled string|absent", "labelled number|one", "date|when", "date|before 2001", "date|text"}},
-    {"xplist", {"string|text", "number|negative", "yes/no|no", "labelled array|list"}},
+    {"bplist", {"string|text", "string|real", "number|real", "number|text", "yes/no|yes", "yes/no|one", "yes/no|real",
+                "labelled|text", "labelled|empty", "labelled|absent", "labelled|one", "date|when", "date|before 2001",
+                "date|text"}},
+    {"xplist", {"string|text", "number|negative", "yes/no|no", "labelled|list"}},
+    {"log", {"0|void vlc::create_db_tables()", "1|virtual void vlc::pub_extract_artifacts()",
+             "2|static QStringList plugin_static_function::f(QString, QString)", "-1|  vlc::vlc(QWidget*)  ", "7|   "}},
+    // Rows read through every family, values bound verbatim; failures
+    // reported in lines that differ by family; nothing written then.
+    {"exec by path", {"INSERT INTO people (id, name) VALUES (3, 'carl')", "INSERT INTO nowhere VALUES (1)"}},
+    {"exec by path, missing", {"SELECT 1"}},
+    {"exec bound by path", {"INSERT INTO people (id, name) VALUES (?, ?)|4|O'Brien\"; DROP TABLE people; --",
+                            "INSERT INTO people (id, name, note) VALUES (?, ?, ?)|7|short"}},
+    {"exec bound by path, missing", {"SELECT ?|1"}},
+    {"list bound by path, missing", {"SELECT ?|1"}},
+    {"exec by reference", {"UPDATE people SET note = 'seen' WHERE id = 2", "INSERT INTO people VALUES (1, 'again', 'x')"}},
+    {"exec bound by reference", {"DELETE FROM people WHERE id = ?|3", "INSERT INTO people (id, name) VALUES (?, ?)|9|dan|surplus"}},
+    {"list by path", {"SELECT id, note FROM people ORDER BY id", "SELECT abs(-9223372036854775807 - 1), 1 FROM people"}},
+    {"list by path, missing", {"SELECT 1"}},
+    {"list bound by path", {"SELECT id, name FROM people WHERE id >= ? ORDER BY id|2", "SELECT name FROM people WHERE id = ? AND name = ?|7"}},
+    {"list by reference", {"SELECT id, name FROM people WHERE id = 1", "SELECT name FROM no_such_table"}},
+    {"list bound by reference", {"SELECT id, name FROM people WHERE id = ?|4", "SELECT x FROM people WHERE id = ?|1"}},
+    {"exists", {"SELECT name FROM people|  bob\t", "SELECT name FROM people|Bob", "SELECT title FROM people|ann"}},
 };
 
 void put_be(QByteArray& data, qsizetype at, quint64 value, int width)
@@ -180,28 +218,24 @@ void put_be(QByteArray& data, qsizetype at, quint64 value, int width)
 QByteArray nested_binary(int n, bool cyclic)
 {
     QByteArray data("bplist00");
-    QList<qsizetype> offsets;
+    QByteArray table;
     for (int i = 0; i < n; ++i) {
-        offsets << data.size();
+        table += QByteArray(4, '\0');
+        put_be(table, table.size() - 4, quint64(data.size()), 4);
         const bool last = i + 1 == n;
         data += last && !cyclic ? QByteArray(1, char(0xA0)) : char(0xA1) + QByteArray(4, '\0');
         if (!last || cyclic)
             put_be(data, data.size() - 4, last ? 0 : quint64(i + 1), 4);
     }
-    const qsizetype table = data.size();
-    for (qsizetype offset : offsets) {
-        data += QByteArray(4, '\0');
-        put_be(data, data.size() - 4, quint64(offset), 4);
-    }
     QByteArray trailer(32, '\0');
     trailer[6] = 4;
     trailer[7] = 4;
     put_be(trailer, 8, quint64(n), 8);
-    put_be(trailer, 24, quint64(table), 8);
-    return data + trailer;
+    put_be(trailer, 24, quint64(data.size()), 8);
+    return data + table + trailer;
 }
 
-QByteArray xml_list(const QByteArray& open, const QByteArray& filler, int depth)
+QByteArray xml_list(const QByteArray& open, const QByteArray& filler, int depth = 300000)
 {
     return "<?xml version=\"1.0\"?><plist version=\"1.0\">" + (open + filler).repeated(depth)
            + QByteArray("</array>").repeated(depth) + "</plist>";
@@ -219,32 +253,36 @@ private slots:
         // Berlin: one hour ahead in winter, two in summer, with a gap at the spring change.
         qputenv("TZ", "Europe/Berlin");
         tzset();
+        for (const char* statement : {"CREATE TABLE people (id INTEGER PRIMARY KEY, name TEXT, note TEXT)",
+                                      "INSERT INTO people VALUES (1, 'ann', 'first'), (2, 'bob', NULL)"})
+            QVERIFY(psf::execute_db_command_by_dbpath(statement, g_dir.filePath("people.db"), k_caller));
     }
 
-    void every_converter_on_its_inputs()
+    void every_input_of_the_table()
     {
         QString text;
         for (const auto& c : k_inputs) {
             for (const QString& input : c.inputs)
-                text += QString("%1(\"%2\") = \"%3\"\n").arg(c.converter, input, k_converters.value(c.converter)(input.split('|')));
+                text += QString("%1(\"%2\") = \"%3\"\n").arg(c.converter, input, convert(c.converter, input.split('|')));
         }
         const QString difference = test_support::compare_with_golden("services.txt", text);
         QVERIFY2(difference.isEmpty(), qPrintable(difference));
     }
 
     // Each entry of the extension lists is found through its bucket, whatever
-    // the case of the name and the blanks around it.
+    // the case of the name and the blanks around it; a cancelled check finds nothing.
     void every_listed_extension_is_found()
     {
         plugin_helper_functions helper;
-        const QList<QPair<QStringList, bool (plugin_helper_functions::*)(QString)>> lists = {
+        using check = bool (plugin_helper_functions::*)(QString);
+        const QList<QPair<QStringList, check>> lists = {
             {helper.image_extensions(), &plugin_helper_functions::check_is_image_by_extn},
             {helper.audio_extensions(), &plugin_helper_functions::check_is_audio_by_extn},
             {helper.video_extensions(), &plugin_helper_functions::check_is_video_by_extn}};
-        for (const auto& [entries, check] : lists) {
+        for (const auto& [entries, found] : lists) {
             QVERIFY(entries.size() > 100);
             for (const QString& entry : entries)
-                QVERIFY2((helper.*check)(" /Users/ann/FILE" + entry.toUpper() + " "), qPrintable(entry));
+                QVERIFY2((helper.*found)(" /Users/ann/FILE" + entry.toUpper() + " "), qPrintable(entry));
         }
         helper.set_cancel_extraction(true);
         QVERIFY(!helper.check_is_image_by_extn("a.jpg") && !helper.check_is_video_by_extn("a.mp3"));
@@ -258,41 +296,61 @@ private slots:
         const QByteArray valid = plist_writer::keyed_archive({"file:///Users/a/x.mp4", "srvr"});
         for (qsizetype size = 0; size < valid.size(); ++size)
             plist_document::from_bytes(valid.left(size));  // refused or read, never a crash
-        QByteArray table_out_of_range = valid;
-        put_be(table_out_of_range, valid.size() - 8, quint64(valid.size()) * 4, 8);
-        QByteArray offset_out_of_range = valid;
-        const quint64 table = qFromBigEndian<quint64>(valid.constData() + valid.size() - 8);
-        put_be(offset_out_of_range, qsizetype(table), 0xFFFFFF, valid.at(valid.size() - 26));
-        const int deep = 300000;
-        const struct
-        {
-            const char* name;
-            QByteArray bytes;
-            bool read;
-        } cases[] = {
-            {"a keyed archive", valid, true},
-            {"offset table beyond the file", table_out_of_range, false},
-            {"object offset beyond the file", offset_out_of_range, false},
-            {"50 nested arrays", nested_binary(50, false), true},
-            {"arrays in a cycle", nested_binary(50, true), false},
-            {"200000 nested arrays", nested_binary(200000, false), false},
-            {"deep XML", xml_list("<array>", "", deep), false},
-            {"closing tags in comments", xml_list("<array>", "<!--</array>-->", deep), false},
-            {"closing tags in character data", xml_list("<array>", "<![CDATA[</array>]]>", deep), false},
-            {"closing tags in instructions", xml_list("<array>", "<?pi </array>?>", deep), false},
-            {"closing tags in attributes", xml_list("<array x=\"/>\">", "", deep), false},
-            {"closing tags in a doctype", xml_list("<array>", "<!DOCTYPE x [</array>]>", deep), false},
-            {"the same constructs in an ordinary list",
-             "<?xml version=\"1.0\"?><!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"x.dtd\"><plist "
-             "version=\"1.0\"><dict><!-- </dict> --><key>k</key><string><![CDATA[</string>]]></string></dict></plist>",
-             true},
-            {"a preference file", "[core]\nintf=macosx\n", false},
-            {"nothing", QByteArray(), false},
-        };
-        for (const auto& c : cases)
-            QVERIFY2(bool(plist_document::from_bytes(c.bytes)) == c.read, c.name);
-        const plist_owner commented = plist_document::from_bytes(cases[12].bytes);
-        QCOMPARE(psf::get_nsstring_values("k", commented.get()), QString("</string>"));
+        QByteArray table_out = valid;
+        put_be(table_out, valid.size() - 8, quint64(valid.size()) * 4, 8);
+        QByteArray offset_out = valid;
+        put_be(offset_out, qsizetype(qFromBigEndian<quint64>(valid.constData() + valid.size() - 8)), 0xFFFFFF,
+               valid.at(valid.size() - 26));
+        const QByteArray ordinary = "<?xml version=\"1.0\"?><!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"x.dtd\">"
+                                    "<plist version=\"1.0\"><dict><!-- </dict> --><key>k</key><string><![CDATA[</string>"
+                                    "]]></string></dict></plist>";
+        const QList<QPair<QByteArray, bool>> cases = {
+            {valid, true}, {table_out, false}, {offset_out, false}, {nested_binary(50, false), true},
+            {nested_binary(50, true), false}, {nested_binary(200000, false), false}, {xml_list("<array>", ""), false},
+            {xml_list("<array>", "<!--</array>-->"), false}, {xml_list("<array>", "<![CDATA[</array>]]>"), false},
+            {xml_list("<array>", "<?pi </array>?>"), false}, {xml_list("<array x=\"/>\">", ""), false},
+            {xml_list("<array>", "<!DOCTYPE x [</array>]>"), false}, {ordinary, true},
+            {"[core]\nintf=macosx\n", false}, {QByteArray(), false}};
+        for (int i = 0; i < cases.size(); ++i)
+            QVERIFY2(bool(plist_document::from_bytes(cases[i].first)) == cases[i].second, qPrintable(QString::number(i)));
+        QCOMPARE(psf::get_nsstring_values("k", plist_document::from_bytes(ordinary).get()), QString("</string>"));
+    }
+
+    void enciphered_log_and_its_cipher()
+    {
+        debug_log_capture log;
+        psf::close_debug_file();
+        psf::set_general_info(log.general(true));
+        const QStringList sent = {"first", QString(3000, 'r'), "ümlaut and \"quotes\" <[{ not a separator"};
+        for (const QString& message : sent)
+            psf::app_debug(message, "void vlc_macos::extract_podcasts()");
+        psf::close_debug_file();
+        const QString text = QString::fromLocal8Bit(tree_writer::read_file(log.path()));
+        const QStringList records = text.split("<[{()}]>", Qt::SkipEmptyParts);
+        QVERIFY(!text.contains('\n') && text.endsWith("<[{()}]>") && records.size() == sent.size());
+        for (int i = 0; i < records.size(); ++i)
+            QVERIFY(encryptor_string().decryptToString(records.at(i)).endsWith("extract_podcasts]:-- " + sent.at(i)));
+        for (int mode = 0; mode < 9; ++mode) {
+            encryptor_string cipher;
+            cipher.setCompressionMode(encryptor_string::CompressionMode(mode / 3));
+            cipher.setIntegrityProtectionMode(encryptor_string::IntegrityProtectionMode(mode % 3));
+            for (const QString& line : {QString("a"), QString(5000, 'x') + "tail", QString()})
+                QCOMPARE(encryptor_string().decryptToString(cipher.encryptToString(line)), line);
+        }
+        encryptor_string cipher;
+        QCOMPARE(cipher.encryptToByteArray(QString("short")).left(2), QByteArray("\x03\x02"));
+        cipher.setIntegrityProtectionMode(encryptor_string::ProtectionHash);
+        QByteArray sealed = cipher.encryptToByteArray(QString("evidence line that must not be altered"));
+        sealed[sealed.size() - 5] = char(sealed.at(sealed.size() - 5) ^ 0x10);
+        QVERIFY(cipher.decryptToByteArray(sealed).isEmpty() && cipher.lastError() == encryptor_string::ErrorIntegrityFailed);
+        // Key bytes are taken least significant first: position 8 of the body uses the first again.
+        encryptor_string keyed(0x41);
+        keyed.setCompressionMode(encryptor_string::CompressionNever);
+        keyed.setIntegrityProtectionMode(encryptor_string::ProtectionNone);
+        const QByteArray body = keyed.encryptToByteArray(QByteArray("AAAAAAAAA")).mid(2);
+        QVERIFY(char(body.at(1) ^ body.at(0)) == 'A' && char(body.at(8) ^ body.at(7) ^ 'A') == 'A');
+        QTest::ignoreMessage(QtWarningMsg, "Invalid version or not a cyphertext.");
+        QVERIFY(cipher.decryptToByteArray(QByteArray("\x07\x02garbage")).isEmpty());
     }
 };
 
