@@ -1,11 +1,14 @@
-// Every tree through the host program and the real plug-in: the host's
-// report, all result tables and the debug log against a golden file. The
-// sample and hostile trees have one golden file each, with the evidence made
-// read-only during the run and unchanged after it; the variants of a sample
-// tree (damaged in the ways met in the field, other host arguments, the
-// Android library in every model and layout) one section each of a shared one.
+// The host program and the real plug-in on every tree: the host's report,
+// all result tables and the debug log against a golden file. The sample and
+// hostile trees have one golden file each, with the evidence made read-only
+// during the run and unchanged after it, and the system and accounts told
+// from the layout; the variants of a sample tree (damaged in the ways met in
+// the field, other host arguments, the Android library in every model and
+// layout) one section each of a shared one. Then what the host program does
+// itself: its errors, the deciphering of an enciphered log, the demo.
 
 #include <QDirIterator>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QtEndian>
@@ -55,7 +58,7 @@ void check_tree(const sample_tree& tree)
         shell_link_writer::build(shell_link_writer::media_link("C:\\left_over.mp3", 1, 1))));
     set_writable(run.root(), false);
     const auto before = test_support::snapshot_tree(run.source.path());
-    const bool ran = run.run(tree.arguments + QStringList{"--os", tree.os_scheme});
+    const bool ran = run.run(tree.arguments);  // the system told from the layout
     const auto after = test_support::snapshot_tree(run.source.path());
     set_writable(run.root(), true);
     QVERIFY2(ran && after == before, qPrintable(tree.folder_name + ": " + run.result.err));
@@ -218,6 +221,8 @@ class test_sample_trees : public QObject
 {
     Q_OBJECT
 
+    QTemporaryDir m_scratch;  // lives as long as the test program
+
 private slots:
     void every_tree_matches_its_golden_dump()
     {
@@ -270,6 +275,72 @@ private slots:
         QCOMPARE(test_support::count_rows(run.database(), "playlists"), qint64(200000));
         QCOMPARE(test_support::log_messages(test_support::read_lines(run.debug_log()))
                      .filter("playlist entries beyond the limit are not read").size(), 1);
+    }
+    // Usage errors and faults the host meets itself: one line on stderr, status 2 (usage) or 1.
+    void errors_give_one_line_and_a_status()
+    {
+        const QString dir = m_scratch.path();
+        QVERIFY(tree_writer::write_file(m_scratch.filePath("plain_file"), "x")
+                && QDir(dir).mkpath("tree/Users/ann/Library"));
+        const QList<QPair<QStringList, QString>> cases = {
+            {{}, "no source given"},
+            {{"--out", dir}, "--source DIR is required"},
+            {{"--source", dir + "/nope"}, "does not exist"},
+            {{"--source", dir + "/plain_file"}, "is not a readable folder"},
+            {{"--source", dir, "--out", dir + "/o"}, "cannot tell the system"},
+            {{"--source", dir, "--os", "macos"}, "--os takes"},
+            {{"--source", dir, "--tables", "recents,history"}, "unknown table 'history'"},
+            {{"--source", dir, "--engine", "two"}, "--engine needs a whole number"},
+            {{"--source"}, "--source needs a value"},
+            {{"--sauce", dir}, "unknown argument '--sauce'"},
+            {{"decipher-log"}, "decipher-log takes one file"},
+            {{"decipher-log", dir + "/nope.log"}, "cannot read"},
+            {{"demo", "--fast"}, "unknown demo argument '--fast'"},
+            {{"--source", dir + "/tree", "--out", dir + "/plain_file/sub"}, "1: no result database was written"},
+        };
+        for (const auto& [arguments, says] : cases) {
+            const auto result = test_support::run_host(arguments);
+            const QStringList lines = result.err.split('\n').filter(QRegularExpression("^vlc-artifacts: "));
+            QVERIFY2(result.exit_code == (says.startsWith("1: ") ? 1 : 2) && lines.size() == 1
+                         && lines.first().contains(QString(says).remove("1: ")),
+                     qPrintable(arguments.join(' ') + ": " + result.err));
+        }
+    }
+
+    void enciphered_log_is_deciphered_by_the_subcommand()
+    {
+        QTemporaryDir source;
+        QVERIFY(QDir(source.path()).mkpath("apps/org.videolan.vlc"));
+        const QString log = m_scratch.filePath("sealed.log");
+        QCOMPARE(test_support::run_host({"--source", source.path(), "--out", m_scratch.filePath("sealed"), "--engine",
+                                         "2", "--debug-log", log, "--debug-encrypt"})
+                     .exit_code,
+                 0);
+        const QByteArray raw = tree_writer::read_file(log);
+        QVERIFY(raw.contains("<[{()}]>") && !raw.contains("pub_extract_artifacts"));
+        const auto plain = test_support::run_host({"decipher-log", log});
+        QCOMPARE(plain.exit_code, 0);
+        const QStringList lines = plain.out.split('\n', Qt::SkipEmptyParts);
+        QCOMPARE(lines.size(), raw.count("<[{()}]>"));
+        QCOMPARE(lines.filter("[QUARL_PROBE][Artifacts Extraction]").size(), lines.size());
+        QCOMPARE(lines.filter("[vlc::pub_extract_artifacts]:-- [pub_extract_artifacts] - END").size(), 1);
+
+        // A damaged record is reported, the good ones still printed.
+        QVERIFY(tree_writer::write_file(m_scratch.filePath("damaged.log"), raw + "bm90IGEgcmVjb3Jk<[{()}]>"));
+        const auto partly = test_support::run_host({"decipher-log", m_scratch.filePath("damaged.log")});
+        QCOMPARE(partly.exit_code, 1);
+        QCOMPARE(partly.out.split('\n', Qt::SkipEmptyParts).size(), lines.size());
+        QVERIFY(partly.err.contains("1 record(s) could not be deciphered"));
+    }
+
+    void demo_writes_samples_and_runs_on_each()
+    {
+        const auto result = test_support::run_host({"demo", "--out", m_scratch.filePath("demo")});
+        QCOMPARE(result.exit_code, 0);
+        for (const char* scheme : {"macOS", "winOS", "androidOS", "iOS_UID"})
+            QVERIFY2(result.out.contains(QString("== ") + scheme + " sample =="), scheme);
+        for (const char* folder : {"macos", "windows", "android", "android_current", "ios"})
+            QVERIFY(QFileInfo::exists(m_scratch.filePath("demo/results/") + folder + "/Artifacts_Result/VLC/VLC.sqlite"));
     }
 };
 

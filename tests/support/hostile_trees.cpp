@@ -126,7 +126,8 @@ bool write_macos_traps(const QString& root, const QString& base, QString* error)
 }
 
 // A library damaged in the middle of its third track, one that is no XML at
-// all, one with an entry beyond the reader's limit, pipes where files belong.
+// all, one with an entry beyond the reader's limit, pipes where files belong;
+// the shared and a hidden folder, which hold no account.
 bool write_macos_damaged_files(const QString& root, QString* error)
 {
     const QString trent = root + "/Users/trent" + k_mac_library;
@@ -137,7 +138,9 @@ bool write_macos_damaged_files(const QString& root, QString* error)
     const QString huge = "file:///Users/peggy/" + QString(5 * 1024 * 1024, 'x');
     return tree_writer::write_file(trent, text + "<title>broken</tit")
            && write_library(root + "/Users/peggy" + k_mac_library, {"file:///Users/peggy/a.mp3", huge, "file:///c.mp3"})
-           && tree_writer::write_entries(root, {{"Users/victor" + k_mac_library, "this is not XML at all"},
+           && tree_writer::write_entries(root, {{"Users/Shared" + k_mac_vlcrc, "podcast-urls=http://shared.example/\n"},
+                                                {"Users/.hidden" + k_mac_vlcrc, "podcast-urls=http://hidden.example/\n"},
+                                                {"Users/victor" + k_mac_library, "this is not XML at all"},
                                                 {"Users/victor" + k_mac_vlcrc, {}, kind::pipe},
                                                 {"Users/walter" + k_mac_library, {}, kind::pipe},
                                                 {"Users/walter" + k_mac_recents, {}, kind::pipe}},
@@ -238,6 +241,7 @@ bool write_windows_hostile_tree(const QString& base, QString* error)
         {home + "/AppData/Roaming/vlc/art/ab/cd/cover.jpg", QByteArray::fromHex("ffd8ffe0")},
         {home + "/AppData/Roaming/vlc/art/ef/gh/linked.jpg", "../../ab/cd/cover.jpg", kind::link},
         {"Users/trudy/AppData/Roaming/vlc/art", (base + "/outside/art").toUtf8(), kind::link},
+        {"Users/Public/AppData/Roaming/vlc/vlcrc", "podcast-urls=http://public.example/\n"},
         {"Users/fay/AppData/Roaming/vlc/vlcrc", {}, kind::pipe},
         {"Users/fay" + k_recent + k_jump_list, {}, kind::pipe},
         {"Users/gus/AppData/Roaming/vlc/vlcrc", {}, kind::folder},

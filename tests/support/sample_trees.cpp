@@ -10,6 +10,6 @@ QList<sample_tree> sample_trees()
         {"androidOS", "android", {}, write_android_sample_tree},
         {"androidOS", "android_current", {}, write_android_current_sample_tree},
         {"iOS_UID", "ios", {}, write_ios_sample_tree,
-         {"--user", "x", "--user", "y", "--tables", "album", "--source-number", "3", "--clear"}},
+         {"--os", "iOS_UID", "--user", "x", "--user", "y", "--tables", "album", "--source-number", "3", "--clear"}},
     };
 }

@@ -118,10 +118,9 @@ QString compare_with_golden(const QString& name, const QString& text)
     const QStringList expected = QString::fromUtf8(file.readAll()).split('\n');
     const QStringList actual = text.split('\n');
     for (int i = 0; i < qMax(expected.size(), actual.size()); ++i) {
-        const QString e = i < expected.size() ? expected.at(i) : QString("<missing>");
-        const QString a = i < actual.size() ? actual.at(i) : QString("<missing>");
-        if (e != a)
-            return QString("%1 line %2:\n  expected: %3\n  actual:   %4").arg(name).arg(i + 1).arg(e, a);
+        if (expected.value(i, "<missing>") != actual.value(i, "<missing>"))
+            return QString("%1 line %2:\n  expected: %3\n  actual:   %4")
+                .arg(name).arg(i + 1).arg(expected.value(i, "<missing>"), actual.value(i, "<missing>"));
     }
     return QString();
 }
@@ -129,27 +128,21 @@ QString compare_with_golden(const QString& name, const QString& text)
 QMap<QString, QByteArray> snapshot_tree(const QString& root)
 {
     QMap<QString, QByteArray> snapshot;
-    QDirIterator walk(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (walk.hasNext()) {
-        walk.next();
-        const QFileInfo info = walk.fileInfo();
-        QByteArray fact = QByteArray::number(info.size()) + ":"
-                          + QByteArray::number(info.lastModified().toMSecsSinceEpoch()) + ":";
-        if (info.isSymLink()) {
-            fact += "link:" + info.symLinkTarget().toUtf8();
-            snapshot.insert(QDir(root).relativeFilePath(info.filePath()), fact);
-            continue;
-        }
-        // The mode bits too: a change of them alters the evidence as well.
-        fact += QByteArray::number(uint(info.permissions()), 16) + ":";
-        if (info.isFile()) {
-            QFile file(info.filePath());
-            QCryptographicHash hash(QCryptographicHash::Sha256);
-            if (file.open(QIODevice::ReadOnly))
-                hash.addData(&file);
-            fact += hash.result().toHex();
-        }
+    for (QDirIterator walk(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                           QDirIterator::Subdirectories);
+         walk.hasNext();) {
+        const QFileInfo info(walk.next());
+        // Size, time, and the mode bits and content of what is not a link: a
+        // change of any of them alters the evidence.
+        QByteArray fact = QByteArray::number(info.size()) + ":" + QByteArray::number(info.lastModified().toMSecsSinceEpoch());
+        QFile file(info.filePath());
+        QCryptographicHash hash(QCryptographicHash::Sha256);
+        if (info.isSymLink())
+            fact += ":link:" + info.symLinkTarget().toUtf8();
+        else if (info.isFile() && file.open(QIODevice::ReadOnly) && hash.addData(&file))
+            fact += ":" + QByteArray::number(uint(info.permissions()), 16) + ":" + hash.result().toHex();
+        else
+            fact += ":" + QByteArray::number(uint(info.permissions()), 16);
         snapshot.insert(QDir(root).relativeFilePath(info.filePath()), fact);
     }
     return snapshot;
@@ -193,6 +186,20 @@ QString tree_run::golden_text(const QStringList& masked) const
     for (const QString& message : log_messages(read_lines(debug_log())))
         text += message + '\n';
     return text.replace(root(), "<source>").replace(source.path(), "<beside>").replace(out.path(), "<out>");
+}
+
+QString listing(const QString& folder)
+{
+    QStringList lines;
+    for (QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+         it.hasNext();) {
+        const QFileInfo info(it.next());
+        lines << QDir(folder).relativeFilePath(info.filePath())
+                     + (info.isSymLink() ? " link" : info.isDir() ? "/" : " " + QString::number(info.size()));
+    }
+    lines.sort();
+    return lines.join(", ");
 }
 
 QStringList read_lines(const QString& path)

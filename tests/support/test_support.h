@@ -80,6 +80,10 @@ struct tree_run
     QString golden_text(const QStringList& masked = {}) const;
 };
 
+// Every entry below a folder, sorted: its relative path with its size, or
+// "/" after a folder, or " link" after a link; joined by ", ".
+QString listing(const QString& folder);
+
 // Lines of a plain debug log file.
 QStringList read_lines(const QString& path);
 
