@@ -4,8 +4,6 @@
 // times of files. What each gives is pinned by tests/golden/files.txt.
 
 #include <QDir>
-#include <QSqlDatabase>
-#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -13,6 +11,7 @@
 #include <future>
 #include <unistd.h>
 
+#include "android_media_db_writer.h"
 #include "bounded_file_reader.h"
 #include "debug_log_capture.h"
 #include "plugin_helper_functions.h"
@@ -29,20 +28,11 @@ using psf = plugin_static_function;
 bool write_database_with_pending_log(const QString& path)
 {
     QTemporaryDir staging;
-    bool ok = QDir().mkpath(QFileInfo(path).absolutePath());
-    {
-        QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", "staging");
-        db.setDatabaseName(staging.filePath("db"));
-        QSqlQuery query(db.open() ? db : QSqlDatabase());
-        for (const char* statement : {"PRAGMA journal_mode=WAL", "PRAGMA wal_autocheckpoint=0",
-                                      "CREATE TABLE Media (title TEXT)", "INSERT INTO Media VALUES ('checkpointed')",
-                                      "PRAGMA wal_checkpoint(TRUNCATE)", "INSERT INTO Media VALUES ('only in the log')"})
-            ok = query.exec(statement) && ok;
-        for (const QString& suffix : {QString(), QString("-wal"), QString("-shm")})
-            ok = QFile::copy(staging.filePath("db") + suffix, path + suffix) && ok;  // the writer still open
-    }
-    QSqlDatabase::removeDatabase("staging");
-    return ok;
+    android_media_db_writer db("staging");
+    const bool ok = db.create(staging.filePath("db"), 15, nullptr) && db.use_wal()
+                    && db.add_media({{"title", "checkpointed"}}, {}) > 0 && db.checkpoint()
+                    && db.add_media({{"title", "only in the log"}}, {}) > 0;
+    return ok && db.snapshot_to(path, nullptr);  // the writer still open
 }
 
 // A working copy as text: its name, its companions, the rows it gives.

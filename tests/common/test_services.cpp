@@ -13,6 +13,7 @@
 #include <QtTest>
 
 #include <ctime>
+#include <functional>
 
 #include "debug_log_capture.h"
 #include "encryptor_string.h"
@@ -83,61 +84,56 @@ QString sql(const QString& helper, const QString& command, const QStringList& va
     return QString(result + " / " + log.messages().join(" / ") + " / " + log.functions().value(0)).replace(g_dir.path(), "<dir>");
 }
 
-QString convert(const QString& name, const QStringList& a)
+QString kinds(const QString& name)
 {
     plugin_helper_functions helper;
-    if (name == "time")
-        return psf::get_human_readable_time(a[0]);
-    if (name == "ms")
-        return psf::duration_text_from_milliseconds(a[0]);
-    if (name == "pad")
-        return psf::zero_padded_number(a[0], a.value(1).toInt());
-    if (name == "size")
-        return psf::human_readable_size(a[0]);
-    if (name == "suffix")
-        return psf::mining_suffix(a[0]);
-    if (name == "apple")
-        return psf::convert_apple_time_to_epoch(a[0]);
-    if (name == "google")
-        return psf::convert_google_time_to_epoch(a[0]);
-    if (name == "iso") {
-        const QDateTime moment = psf::get_datetime_from_string_with_iso_date(a[0]);
-        return moment.isValid() ? QString::number(moment.toUTC().toSecsSinceEpoch()) : QString("invalid");
-    }
-    if (name == "utc")
-        return psf::convert_timestamp_to_human_readable_in_UTC(a[0]) + "|" + psf::convert_timezone_to_seconds(a[0]);
-    if (name == "epochs")
-        return psf::convert_human_readable_to_epoch_1(a[0]) + "|" + psf::convert_human_readable_to_epoch_2(a[0]) + "|"
-               + psf::convert_human_readable_to_epoch_3(a[0]) + "|" + psf::convert_T_Z_time_to_epoch(a[0]);
-    if (name == "source file")
-        return psf::get_final_artifact_source_file(a[0], a[1], a[2]).join('|') + "|"
-               + psf::get_relative_file_path(a[0], a[1], a[2]) + "|" + psf::get_complete_file_path(a[0], "ann", a[2]);
-    if (name == "user") {
-        psf::system_account_QList = {{"ann", ""}, {"bob", "DESKTOP-1\\bob"}, {"admin", "Administrator"}};
-        const QString user = psf::extract_user_name_from_sourcefile(a[0], a[1]);
-        psf::system_account_QList.clear();
-        return user;
-    }
-    if (name == "unmatched")
-        return QStringList(psf::get_unmatched_varible_list_of_parentlist(a[0].split(',', Qt::SkipEmptyParts),
-                                                                         a[1].split(',', Qt::SkipEmptyParts)))
-            .join(',');
-    if (name == "kind")
-        return QString(helper.check_is_image_by_extn(a[0]) ? "i" : "-") + (helper.check_is_audio_by_extn(a[0]) ? "a" : "-")
-               + (helper.check_is_video_by_extn(a[0]) ? "v" : "-");
-    if (name == "stream folder")
-        return olecf_file_parse::stream_folder_name(a[0]);
-    if (name == "filetime")
-        return QString::number(lnk_paser_class().give_epoch_from_string(a[0]));
-    if (name.endsWith("plist"))
-        return plist_reader(name == "xplist" ? plist_writer::format::xml : plist_writer::format::binary, a[0], a[1]);
-    if (name == "log") {
-        debug_log_capture log(a[0].toInt());
-        psf::app_debug("m", a[1]);
-        return log.lines().value(0).remove(QRegularExpression("^\\[\\d{4}-[A-Z][a-z]{2}-\\d{2}T\\d{2}-\\d{2}-\\d{2}\\]"));
-    }
-    return sql(name, a[0], a.mid(1));
+    return QString(helper.check_is_image_by_extn(name) ? "i" : "-") + (helper.check_is_audio_by_extn(name) ? "a" : "-")
+           + (helper.check_is_video_by_extn(name) ? "v" : "-");
 }
+
+QString user_of(const QString& path, const QString& prefix)
+{
+    psf::system_account_QList = {{"ann", ""}, {"bob", "DESKTOP-1\\bob"}, {"admin", "Administrator"}};
+    const QString user = psf::extract_user_name_from_sourcefile(path, prefix);
+    psf::system_account_QList.clear();
+    return user;
+}
+
+QString log_line(int engine, const QString& function)
+{
+    debug_log_capture log(engine);
+    psf::app_debug("m", function);
+    return log.lines().value(0).remove(QRegularExpression("^\\[\\d{4}-[A-Z][a-z]{2}-\\d{2}T\\d{2}-\\d{2}-\\d{2}\\]"));
+}
+
+using arguments = const QStringList&;
+const QMap<QString, std::function<QString(arguments)>> k_converters = {
+    {"time", [](arguments a) { return psf::get_human_readable_time(a[0]); }},
+    {"ms", [](arguments a) { return psf::duration_text_from_milliseconds(a[0]); }},
+    {"pad", [](arguments a) { return psf::zero_padded_number(a[0], a.value(1).toInt()); }},
+    {"size", [](arguments a) { return psf::human_readable_size(a[0]); }},
+    {"suffix", [](arguments a) { return psf::mining_suffix(a[0]); }},
+    {"apple", [](arguments a) { return psf::convert_apple_time_to_epoch(a[0]); }},
+    {"google", [](arguments a) { return psf::convert_google_time_to_epoch(a[0]); }},
+    {"iso", [](arguments a) {
+         const QDateTime moment = psf::get_datetime_from_string_with_iso_date(a[0]);
+         return moment.isValid() ? QString::number(moment.toSecsSinceEpoch()) : QString("invalid");
+     }},
+    {"utc", [](arguments a) { return psf::convert_timestamp_to_human_readable_in_UTC(a[0]) + "|" + psf::convert_timezone_to_seconds(a[0]); }},
+    {"epochs", [](arguments a) { return QStringList{psf::convert_human_readable_to_epoch_1(a[0]), psf::convert_human_readable_to_epoch_2(a[0]),
+                                                    psf::convert_human_readable_to_epoch_3(a[0]), psf::convert_T_Z_time_to_epoch(a[0])}.join('|'); }},
+    {"source file", [](arguments a) { return QStringList{psf::get_final_artifact_source_file(a[0], a[1], a[2]).join('|'),
+                                                         psf::get_relative_file_path(a[0], a[1], a[2]), psf::get_complete_file_path(a[0], "ann", a[2])}.join('|'); }},
+    {"user", [](arguments a) { return user_of(a[0], a[1]); }},
+    {"unmatched", [](arguments a) { return QStringList(psf::get_unmatched_varible_list_of_parentlist(a[0].split(',', Qt::SkipEmptyParts),
+                                                                                                   a[1].split(',', Qt::SkipEmptyParts))).join(','); }},
+    {"kind", [](arguments a) { return kinds(a[0]); }},
+    {"stream folder", [](arguments a) { return olecf_file_parse::stream_folder_name(a[0]); }},
+    {"filetime", [](arguments a) { return QString::number(lnk_paser_class().give_epoch_from_string(a[0])); }},
+    {"bplist", [](arguments a) { return plist_reader(plist_writer::format::binary, a[0], a[1]); }},
+    {"xplist", [](arguments a) { return plist_reader(plist_writer::format::xml, a[0], a[1]); }},
+    {"log", [](arguments a) { return log_line(a[0].toInt(), a[1]); }},
+};
 
 const QString H = "macOS_Home_Directory";
 
@@ -262,7 +258,8 @@ private slots:
         QString text;
         for (const auto& c : k_inputs) {
             for (const QString& input : c.inputs)
-                text += QString("%1(\"%2\") = \"%3\"\n").arg(c.converter, input, convert(c.converter, input.split('|')));
+                text += QString("%1(\"%2\") = \"%3\"\n")
+                            .arg(c.converter, input, k_converters.value(c.converter, [&c](arguments a) { return sql(c.converter, a[0], a.mid(1)); })(input.split('|')));
         }
         const QString difference = test_support::compare_with_golden("services.txt", text);
         QVERIFY2(difference.isEmpty(), qPrintable(difference));

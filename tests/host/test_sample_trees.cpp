@@ -83,21 +83,6 @@ bool run_sql(const QString& database, const QStringList& statements)
     return ok;
 }
 
-// Rebuilds tables with their columns in reverse order and one more at the
-// end, as an upgraded install carries other CREATE text than a fresh one.
-bool reverse_columns(const QString& database)
-{
-    QStringList statements;
-    for (const QString table : {"Media", "Album", "File", "Playlist", "AudioTrack"}) {
-        QStringList columns;
-        for (const QVariantList& row : test_support::query_rows(database, "SELECT name FROM pragma_table_info('" + table + "')"))
-            columns.prepend(row.value(0).toString());
-        statements << "CREATE TABLE rebuilt AS SELECT " + columns.join(',') + " FROM " + table << "DROP TABLE " + table
-                   << "ALTER TABLE rebuilt RENAME TO " + table << "ALTER TABLE " + table + " ADD COLUMN added_later TEXT";
-    }
-    return run_sql(database, statements);
-}
-
 // The last album's row number becomes 0, out of order, and AlbumTrack's page
 // no b-tree page: each album's track lookup fails, after which SQLite seeks
 // the scan of Album back to row 0 and finds the albums again from the start
@@ -132,8 +117,6 @@ bool damage(const QString& base, const QString& what)
         return run_sql(db, detail.split(';'));
     if (kind == "sql38")
         return run_sql(base + "/evidence/data/data/org.videolan.vlc/app_db/vlc_media.db", detail.split(';'));
-    if (kind == "reversed")
-        return run_sql(db, {"PRAGMA journal_mode=DELETE"}) && reverse_columns(db);
     if (kind == "out of order")
         return run_sql(db, {"PRAGMA journal_mode=DELETE"}) && put_albums_out_of_order(db);
     if (kind == "truncate")
@@ -185,7 +168,6 @@ const struct
      "sql:ALTER TABLE Playlist RENAME TO original;CREATE VIEW Playlist AS SELECT CASE WHEN id_playlist = 2 THEN "
      "abs(-9223372036854775808) ELSE name END AS name, id_playlist, creation_date FROM original", {}},
     {"android", "albums out of order", "out of order", {}},
-    {"android", "columns in another order", "reversed", {}},
     {"android", "the database linked from outside", "outside:,-wal,-shm", {}},
     {"android", "its -wal linked from outside", "outside:-wal", {}},
     {"android", "its -wal and -shm linked inside", "inside:-wal,-shm", {}},

@@ -11,7 +11,6 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
-#include <QTemporaryDir>
 
 #include <sys/xattr.h>
 
@@ -40,16 +39,10 @@ const QString k_mac_sfl = "/Library/Application Support/com.apple.sharedfilelist
 
 bool write_library(const QString& path, const QStringList& locations)
 {
-    xspf_writer writer;
-    if (!writer.open(path))
-        return false;
-    for (int i = 0; i < locations.size(); ++i) {
-        xspf_entry track;
-        track.location = locations.at(i);
-        track.id = i;
-        writer.add(track);
-    }
-    return writer.close();
+    QList<xspf_entry> tracks;
+    for (int i = 0; i < locations.size(); ++i)
+        tracks << xspf_entry{locations.at(i), {}, {}, {}, {}, {}, {}, {}, i};
+    return xspf_writer::write(path, tracks);
 }
 
 QByteArray jump_list(const QStringList& windows_paths)
@@ -267,26 +260,19 @@ bool write_android_hostile_tree(const QString& base, QString* error)
     const QList<entry> links = media_links(base, "shared/0/Music") + QList<entry>{
         {thumbs + "/abs_link.jpg", (base + "/outside/canary.jpg").toUtf8(), kind::link},
         {thumbs + "/outdir", (base + "/outside").toUtf8(), kind::link}};
-    QTemporaryDir scratch;
     android_media_db_writer db("write_android_hostile_tree");
     if (!write_outside(base, error) || !tree_writer::write_entries(root, links, error)
-        || !db.create(scratch.filePath("vlc_media.db"), 15, error))
+        || !db.create(root + "/apps/org.videolan.vlc/r/app_db/vlc_media.db", 15, error))
         return false;
-    const qint64 playlist = db.add_playlist("Traps", 1700000000);
     for (int i = 0; i < mrls.size(); ++i) {
+        const QVariantMap columns{{"type", 2}, {"filename", QString("trap%1.mp3").arg(i)}, {"is_present", 1}};
         const qint64 thumbnail = db.add_thumbnail(thumbnails.at(i % thumbnails.size()));
-        const qint64 album = db.add_album(QString("Album %1").arg(i), QVariant(), thumbnail, 1, 1000);
-        const qint64 media = db.add_media({{"type", 2}, {"filename", QString("trap%1.mp3").arg(i)},
-                                           {"title", QString("Trap %1").arg(i)}, {"duration", 1000},
-                                           {"is_present", 1}, {"device_id", 1}},
-                                          thumbnail);
-        db.add_file(media, mrls.at(i), 5555, 1700000000, false, false);
-        db.add_album_track(media, album, 1, 1000);
-        db.add_playlist_item(playlist, media, i);
+        db.add_album(QString("Album %1").arg(i), QVariant(), thumbnail, 0, 1000);
+        db.add_file(db.add_media(columns, thumbnail), mrls.at(i), 5555, 1700000000, false, false);
     }
     if (!db.last_error().isEmpty())
         *error = db.last_error();
-    return db.last_error().isEmpty() && db.snapshot_to(root + "/apps/org.videolan.vlc/r/app_db/vlc_media.db", error);
+    return db.last_error().isEmpty();
 }
 
 }  // namespace

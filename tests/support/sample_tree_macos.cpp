@@ -28,16 +28,6 @@ xspf_entry track(const QString& location, const QString& duration, int id, const
     return entry;
 }
 
-bool write_library(const QString& home, const QList<xspf_entry>& entries)
-{
-    xspf_writer writer;
-    if (!writer.open(home + "/Library/Application Support/org.videolan.vlc/ml.xspf"))
-        return false;
-    for (const xspf_entry& entry : entries)
-        writer.add(entry);
-    return writer.close();
-}
-
 QByteArray media(const QString& file)
 {
     return "media bytes of " + file.section('/', 2).toUtf8();
@@ -92,6 +82,7 @@ bool write_macos_sample_tree(const QString& root, QString* error)
     for (const char* file : {"Users/alice/Movies/Holiday Trip – Day 1.mp4", "Users/alice/Music/song one.mp3",
                              "Users/bob/Movies/clip.mov", "Users/bob/Music/Tom & Jerry.m4a"})
         files << tree_writer::entry{file, media(file)};
-    return tree_writer::write_entries(root, files, error) && write_library(root + "/Users/alice", alice_library)
-           && write_library(root + "/Users/bob", {track("file:///Users/bob/Movies/clip.mov", "359999000", 0, {"Clip"})});
+    const QString library = "/Library/Application Support/org.videolan.vlc/ml.xspf";
+    return tree_writer::write_entries(root, files, error) && xspf_writer::write(root + "/Users/alice" + library, alice_library)
+           && xspf_writer::write(root + "/Users/bob" + library, {track("file:///Users/bob/Movies/clip.mov", "359999000", 0, {"Clip"})});
 }

@@ -44,17 +44,10 @@ bool write_party(const QString& path)
                   {"file:///C:/Users/carol/Music/caf%C3%A9%20bar.mp3", "60000", 1},
                   {"file:///C:/Users/carol/Music/no-id.mp3", "1000", -1},
                   {"file:///C:/Users/carol/Music/last.mp3", nullptr, 3}};
-    xspf_writer writer;
-    if (!writer.open(path, "Playlist"))
-        return false;
-    for (const auto& t : tracks) {
-        xspf_entry entry;
-        entry.location = t.location;
-        entry.duration = t.duration ? QString(t.duration) : QString();
-        entry.id = t.id;
-        writer.add(entry);
-    }
-    return writer.close();
+    QList<xspf_entry> entries;
+    for (const auto& t : tracks)
+        entries << xspf_entry{t.location, {}, {}, {}, {}, {}, {}, t.duration ? QString(t.duration) : QString(), t.id};
+    return xspf_writer::write(path, entries, "Playlist");
 }
 
 }  // namespace

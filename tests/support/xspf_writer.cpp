@@ -51,6 +51,16 @@ void xspf_writer::add(const xspf_entry& entry)
     ++m_count;
 }
 
+bool xspf_writer::write(const QString& path, const QList<xspf_entry>& entries, const QString& title)
+{
+    xspf_writer writer;
+    if (!writer.open(path, title))
+        return false;
+    for (const xspf_entry& entry : entries)
+        writer.add(entry);
+    return writer.close();
+}
+
 bool xspf_writer::close()
 {
     m_xml.writeEndElement();  // trackList

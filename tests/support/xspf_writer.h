@@ -33,6 +33,8 @@ public:
     void add(const xspf_entry& entry);
     // Closes the track list and the playlist; false when writing failed.
     bool close();
+    // The whole playlist at once.
+    static bool write(const QString& path, const QList<xspf_entry>& entries, const QString& title = "Media Library");
 
 private:
     QFile m_file;
