@@ -1,8 +1,8 @@
 #pragma once
 
-// Points the plug-in's debug log at a file of its own for one test, for tests
-// that link the core library, and reads back what was logged. A controller
-// given general() logs into the same file, the way a host sets it up.
+// Points the plug-in's debug log at a file of its own for one test (of the
+// core library) and reads back what was logged. A controller given general()
+// logs into the same file, the way a host sets it up.
 
 #include <QTemporaryDir>
 
@@ -13,36 +13,28 @@
 class debug_log_capture
 {
 public:
-    explicit debug_log_capture(int engine = 0) { start(engine); }
-    ~debug_log_capture()
-    {
-        plugin_static_function::close_debug_file();
-        plugin_static_function::set_essentials();
-    }
-    debug_log_capture(const debug_log_capture&) = delete;
-    debug_log_capture& operator=(const debug_log_capture&) = delete;
-
-    // The general record a host would send to log into this file.
-    struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_general_info general(bool encrypt = false) const
-    {
-        struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_general_info info;
-        info.bool_debug_mode = true;
-        info.bool_debug_print_in_file = true;
-        info.bool_debug_encryption = encrypt;
-        info.debug_file_path = path();
-        return info;
-    }
-    void start(int engine) const
+    explicit debug_log_capture(int engine = 0)
     {
         plugin_static_function::close_debug_file();
         plugin_static_function::set_general_info(general());
         plugin_static_function::type_engine_int = engine;
     }
-    QString path() const { return m_dir.filePath("debug.log"); }
+    ~debug_log_capture()
+    {
+        plugin_static_function::close_debug_file();
+        plugin_static_function::set_essentials();
+    }
+    struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_general_info general() const
+    {
+        struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_general_info info;
+        info.bool_debug_mode = info.bool_debug_print_in_file = true;
+        info.debug_file_path = m_dir.filePath("debug.log");
+        return info;
+    }
     QStringList lines() const
     {
         plugin_static_function::debug_file_regular_QFile.flush();
-        return test_support::read_lines(path());
+        return test_support::read_lines(m_dir.filePath("debug.log"));
     }
     QStringList messages() const { return test_support::log_messages(lines()); }
     QStringList messages_with(const QString& text) const { return messages().filter(text); }

@@ -25,16 +25,6 @@ bool write_file(const QString& root, const QString& relative, const QByteArray& 
     return true;
 }
 
-bool make_dir(const QString& root, const QString& relative, QString* error)
-{
-    const QString path = QDir(root).filePath(relative);
-    if (QDir().mkpath(path))
-        return true;
-    if (error)
-        *error = "cannot make " + path;
-    return false;
-}
-
 bool write_file(const QString& path, const QByteArray& data)
 {
     const QFileInfo info(path);
@@ -51,17 +41,13 @@ bool write_entries(const QString& root, const QList<entry>& entries, QString* er
 {
     for (const entry& e : entries) {
         const QString path = QDir(root).filePath(e.path);
-        QDir().mkpath(QFileInfo(path).absolutePath());
-        bool ok = true;
+        bool ok = QDir().mkpath(e.what == kind::folder ? path : QFileInfo(path).absolutePath());
         if (e.what == kind::file || e.what == kind::oversized)
-            ok = write_file(root, e.path, e.data, error)
-                 && (e.what == kind::file || QFile(path).resize(65LL * 1024 * 1024));
+            ok = write_file(root, e.path, e.data, error) && (e.what == kind::file || QFile(path).resize(65LL * 1024 * 1024));
         else if (e.what == kind::link)
             ok = QFile::link(QString::fromUtf8(e.data), path);
         else if (e.what == kind::pipe)
             ok = ::mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
-        else
-            ok = QDir().mkpath(path);
         if (!ok) {
             if (error && error->isEmpty())
                 *error = "cannot make " + path;

@@ -10,7 +10,6 @@ namespace tree_writer {
 
 // Writes data to root/relative, making the folders on the way.
 bool write_file(const QString& root, const QString& relative, const QByteArray& data, QString* error);
-bool make_dir(const QString& root, const QString& relative, QString* error);
 
 // Writes data to an absolute path, making its folder; false when it could not.
 bool write_file(const QString& path, const QByteArray& data);

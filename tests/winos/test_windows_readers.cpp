@@ -4,6 +4,7 @@
 // are pinned by a golden file.
 
 #include <QDirIterator>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -52,17 +53,6 @@ QString links_in(const QStringList& paths)
                     + "\n";
     }
     return text;
-}
-
-// The files below a folder, relative to it, with their bytes.
-QMap<QString, QByteArray> files_below(const QString& folder)
-{
-    QMap<QString, QByteArray> found;
-    for (QDirIterator it(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories); it.hasNext();) {
-        const QString path = it.next();
-        found.insert(QDir(folder).relativeFilePath(path), tree_writer::read_file(path));
-    }
-    return found;
 }
 
 // Writes the file as <dir>/evidence/<jump list> and splits it into <dir>/out/.
@@ -178,8 +168,9 @@ private slots:
             split(dir, good.left(cut));
             split(dir, QByteArray(good).replace(cut, 64, QByteArray(64, '\xff')));
         }
-        for (const QString& path : files_below(dir.path()).keys())
-            QVERIFY(path.startsWith("evidence/") || path.startsWith("out/Files/ann_" + k_jump_list + "/"));
+        const QRegularExpression inside("^(evidence/.*|out/|out/Files/|out/Files/ann_" + k_jump_list + "/.*)$");
+        for (const QString& entry : test_support::listing(dir.path()).split(", "))
+            QVERIFY2(inside.match(entry).hasMatch(), qPrintable(entry));
     }
 
     void real_samples_read_as_pinned()
@@ -203,9 +194,10 @@ private slots:
             }
             QTemporaryDir out;
             const QString folder = olecf_file_parse().start_parsing_olecf(sample, out.path() + "/", "u");
-            QStringList streams = files_below(folder).keys();
-            for (QString& stream : streams)
-                stream = folder + stream;
+            QStringList streams;
+            for (QDirIterator it(folder, {"file"}, QDir::Files, QDirIterator::Subdirectories); it.hasNext();)
+                streams << it.next();
+            streams.sort();
             text += QString("%1 streams\n").arg(streams.size()) + links_in(streams).remove("refused\n");
         }
         const QString difference = test_support::compare_with_golden("windows_samples.txt", text);
