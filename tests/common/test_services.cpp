@@ -9,10 +9,7 @@
 // tests/golden/files.txt. The process runs in a time zone with an offset and
 // summer time, so that a conversion that slips through local time shows.
 
-#include <QDir>
-#include <QRegularExpression>
 #include <QSqlDatabase>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <ctime>

@@ -7,11 +7,8 @@
 // layout) one section each of a shared one. Then what the host program does
 // itself: its errors, the deciphering of an enciphered log, the demo.
 
-#include <QDirIterator>
-#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
-#include <QtEndian>
 #include <QtTest>
 
 #include "android_media_db_writer.h"
@@ -128,6 +125,22 @@ bool damage(const QString& base, const QString& what)
         return QFile::remove(db + "-wal") && QFile::remove(db + "-shm")
                && tree_writer::write_file(db, kind == "noise" ? noise : detail.toUtf8());
     }
+    // Media and a thumbnail whose files are links out of the image, absolute
+    // and relative, to a file and to a folder.
+    if (kind == "links") {
+        const QString music = base + "/evidence/shared/0/Music/";
+        return QFile::link(base + "/outside/canary.mp3", music + "abs_link.mp3")
+               && QFile::link("../../../../outside/canary.mp3", music + "rel_link.mp3")
+               && QFile::link(base + "/outside", music + "outdir")
+               && QFile::link(base + "/outside/canary.mp3", base + "/evidence/apps/org.videolan.vlc/ef/thumbs/link.jpg")
+               && run_sql(db, {"INSERT INTO Thumbnail(id_thumbnail,mrl,origin,is_generated) VALUES(90,"
+                               "'file:///storage/emulated/0/Android/data/org.videolan.vlc/files/thumbs/link.jpg',0,1)",
+                               "INSERT INTO Media(id_media,type,title,thumbnail_id,is_present) VALUES(90,2,'Abs',90,1),"
+                               "(91,2,'Rel',NULL,1),(92,2,'Dir',NULL,1)",
+                               "INSERT INTO File(media_id,mrl,type,is_removable,is_external,is_network) VALUES(90,"
+                               "'file:///storage/emulated/0/Music/abs_link.mp3',1,0,0,0),(91,'file:///storage/emulated/0/"
+                               "Music/rel_link.mp3',1,0,0,0),(92,'file:///storage/emulated/0/Music/outdir/canary.mp3',1,0,0,0)"});
+    }
     // "outside:SUFFIXES" moves files of the database beside the evidence and
     // links them back; "inside:" moves them to another folder of the evidence.
     const QString folder = base + (kind == "outside" ? "/outside/" : "/evidence/elsewhere/");
@@ -168,6 +181,7 @@ const struct
      "sql:ALTER TABLE Playlist RENAME TO original;CREATE VIEW Playlist AS SELECT CASE WHEN id_playlist = 2 THEN "
      "abs(-9223372036854775808) ELSE name END AS name, id_playlist, creation_date FROM original", {}},
     {"android", "albums out of order", "out of order", {}},
+    {"android", "media and a thumbnail linked out of the image", "links", {}},
     {"android", "the database linked from outside", "outside:,-wal,-shm", {}},
     {"android", "its -wal linked from outside", "outside:-wal", {}},
     {"android", "its -wal and -shm linked inside", "inside:-wal,-shm", {}},

@@ -2,8 +2,6 @@
 // library, the result database and its faults, and a cancel in the middle of
 // every scheme's tables, which keeps the rows already written.
 
-#include <QLibrary>
-#include <QSignalSpy>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QtTest>

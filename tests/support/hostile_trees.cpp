@@ -14,7 +14,6 @@
 
 #include <sys/xattr.h>
 
-#include "android_media_db_writer.h"
 #include "compound_file_writer.h"
 #include "plist_writer.h"
 #include "sample_trees.h"
@@ -243,38 +242,6 @@ bool write_windows_hostile_tree(const QString& base, QString* error)
     return write_outside(base, error) && tree_writer::write_entries(root, entries, error);
 }
 
-bool write_android_hostile_tree(const QString& base, QString* error)
-{
-    const QString root = base + "/evidence";
-    const QString storage = "file:///storage/emulated/0/";
-    const QString thumbs = "apps/org.videolan.vlc/ef/thumbs";
-    QStringList mrls;
-    for (const QString& path : trap_paths("Music", "/"))
-        mrls << storage + path;
-    mrls << storage + "../../../outside/canary.mp3";
-    const QString external = storage + "Android/data/org.videolan.vlc/files/thumbs/";
-    const QStringList thumbnails = {external + "../../../../../outside/canary.jpg", external + "abs_link.jpg",
-                                    external + "outdir/canary.jpg",
-                                    "file:///data/user/0/org.videolan.vlc/app_vlc/thumbs/../../../../../../outside/"
-                                    "canary.jpg"};
-    const QList<entry> links = media_links(base, "shared/0/Music") + QList<entry>{
-        {thumbs + "/abs_link.jpg", (base + "/outside/canary.jpg").toUtf8(), kind::link},
-        {thumbs + "/outdir", (base + "/outside").toUtf8(), kind::link}};
-    android_media_db_writer db("write_android_hostile_tree");
-    if (!write_outside(base, error) || !tree_writer::write_entries(root, links, error)
-        || !db.create(root + "/apps/org.videolan.vlc/r/app_db/vlc_media.db", 15, error))
-        return false;
-    for (int i = 0; i < mrls.size(); ++i) {
-        const QVariantMap columns{{"type", 2}, {"filename", QString("trap%1.mp3").arg(i)}, {"is_present", 1}};
-        const qint64 thumbnail = db.add_thumbnail(thumbnails.at(i % thumbnails.size()));
-        db.add_album(QString("Album %1").arg(i), QVariant(), thumbnail, 0, 1000);
-        db.add_file(db.add_media(columns, thumbnail), mrls.at(i), 5555, 1700000000, false, false);
-    }
-    if (!db.last_error().isEmpty())
-        *error = db.last_error();
-    return db.last_error().isEmpty();
-}
-
 }  // namespace
 
 QList<sample_tree> hostile_trees()
@@ -282,6 +249,5 @@ QList<sample_tree> hostile_trees()
     return {
         {"macOS", "macos_hostile", {}, write_macos_hostile_tree, {"--metadata-keys", "com.apple.quarantine"}, "evidence"},
         {"winOS", "windows_hostile", {}, write_windows_hostile_tree, {}, "evidence"},
-        {"androidOS", "android_hostile", {}, write_android_hostile_tree, {}, "evidence"},
     };
 }

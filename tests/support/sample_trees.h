@@ -29,8 +29,8 @@ struct sample_tree
 
 // Every scheme's sample, in a fixed order.
 QList<sample_tree> sample_trees();
-// One hostile tree per scheme; the evidence lies in "evidence", the files it
-// must never reach in "outside" beside it.
+// The hostile trees of macOS and Windows; the evidence lies in "evidence",
+// the files it must never reach in "outside" beside it.
 QList<sample_tree> hostile_trees();
 
 // Writers of each scheme's sample tree (one file each).

@@ -3,9 +3,6 @@
 // at a time) and on the real samples of the shared fixtures, whose readings
 // are pinned by a golden file.
 
-#include <QDirIterator>
-#include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include "compound_file_writer.h"
