@@ -1,9 +1,9 @@
-// The Windows sample: two users whose jump lists, playlists, cover-art cache
-// and preference files exercise every Windows table, including the cases an
-// examiner meets in practice (links to other drives and shares, a link that
-// climbs out of the volume, playlists the player did not write itself), the
-// DestList of every jump-list version (one damaged), and the player's own
-// recent list as new and old versions wrote it.
+// The Windows sample: two users (and a guest) whose jump lists, playlists,
+// cover-art cache and preference files exercise every Windows table,
+// including the cases an examiner meets in practice (links to other drives
+// and shares, a link that climbs out of the volume, playlists the player did
+// not write itself), the DestList of every jump-list version (one damaged),
+// and the player's own recent list as new and old versions wrote it.
 
 #include <cctype>
 
@@ -11,6 +11,7 @@
 #include "sample_trees.h"
 #include "shell_link_writer.h"
 #include "tree_writer.h"
+#include "xspf_writer.h"
 
 namespace {
 
@@ -76,135 +77,86 @@ QByteArray network_link()
     return shell_link_writer::build(f);
 }
 
-const char* const k_xspf =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<playlist xmlns=\"http://xspf.org/ns/0/\" xmlns:vlc=\"http://www.videolan.org/vlc/playlist/ns/0/\" "
-    "version=\"1\">\n"
-    "\t<title>Playlist</title>\n"
-    "\t<trackList>\n"
-    "\t\t<track>\n"
-    "\t\t\t<location>file:///C:/Users/carol/My%20Music/a.mp3</location>\n"
-    "\t\t\t<duration>215999</duration>\n"
-    "\t\t\t<extension application=\"http://www.videolan.org/vlc/playlist/0\">\n"
-    "\t\t\t\t<vlc:id>0</vlc:id>\n"
-    "\t\t\t</extension>\n"
-    "\t\t</track>\n"
-    "\t\t<track>\n"
-    "\t\t\t<location>file:///C:/Users/carol/Music/caf%C3%A9%20bar.mp3</location>\n"
-    "\t\t\t<duration>60000</duration>\n"
-    "\t\t\t<extension application=\"http://www.videolan.org/vlc/playlist/0\">\n"
-    "\t\t\t\t<vlc:id>1</vlc:id>\n"
-    "\t\t\t</extension>\n"
-    "\t\t</track>\n"
-    "\t\t<track>\n"
-    "\t\t\t<location>file:///C:/Users/carol/Music/no-id.mp3</location>\n"
-    "\t\t\t<duration>1000</duration>\n"
-    "\t\t</track>\n"
-    "\t\t<track>\n"
-    "\t\t\t<location>file:///C:/Users/carol/Music/last.mp3</location>\n"
-    "\t\t\t<extension application=\"http://www.videolan.org/vlc/playlist/0\">\n"
-    "\t\t\t\t<vlc:id>3</vlc:id>\n"
-    "\t\t\t</extension>\n"
-    "\t\t</track>\n"
-    "\t</trackList>\n"
-    "</playlist>\n";
-
-bool write_carol(const QString& root, QString* error)
+// A playlist of the player's own: a track without an id is never taken, one
+// without a duration keeps the duration of the track before it.
+bool write_party(const QString& path)
 {
-    const QString home = "Users/carol";
-    const QList<QByteArray> links = {
-        link_to("C:\\Users\\carol\\Music\\song one.mp3", 1),
-        link_to("D:\\Movies\\film.mkv", 2),
-        network_link(),
-        link_to("C:\\Users\\carol\\Music\\mix.m3u", 3),
-        link_to("C:\\Users\\carol\\Music\\unix.m3u", 4),
-        link_to("C:\\Users\\carol\\Music\\road.m3u8", 5),
-        link_to("C:\\Users\\carol\\Music\\party.xspf", 6),
-        link_to("C:\\..\\..\\..\\outside.mp3", 7),
-    };
-    const QString mix = "#EXTM3U\r\n#EXTINF:215,Artist - Song One\r\nC:\\Users\\carol\\Music\\song one.mp3\r\n"
-                        "#EXTINF:3725,Long, Title\r\nC:\\Users\\carol\\Videos\\clip.mkv\r\n";
-    const QString unix_lines = "#EXTM3U\n#EXTINF:10,Ten\nC:\\Users\\carol\\Music\\song one.mp3\n";
-    const QString road = QString::fromUtf8("#EXTM3U\r\n#EXTINF:59,Café\r\nC:\\Users\\carol\\Music\\café.mp3\r\n"
-                                           "#EXTINF:1,climbs out\r\nC:\\..\\..\\..\\etc\\passwd\r\n");
-    const QString vlcrc = "# Configuration file\n\n[podcast] # Podcasts\n\n# Podcast URLs list (string)\n"
-                          "#podcast-urls=\n\npodcast-urls=http://a.example/feed.xml|http://b.example/rss\n\n[core]\n";
     const struct
     {
-        QString path;
-        QByteArray data;
-    } files[] = {
-        {home + k_recent + "9fda41b86ddcf1db.automaticDestinations-ms",
-         compound_file_writer::jump_list(links, opened(4, {4, 1, 8, 2, 3, 5, 6, 7}))},
-        {home + "/AppData/Roaming/vlc/vlc-qt-interface.ini",
-         interface_settings(
-             {"file:///C:/Users/carol/Music/song%20one.mp3", "file:///C:/Users/carol/Videos/clip,%20final.mkv",
-              QString::fromUtf8("C:\\Users\\carol\\Music\\café.mp3"), "file:///D:/Movies/film.mkv",
-              "http://radio.example/live?x=1;y=2", "file:///C:/Users/carol/My%20Music/a.mp3",
-              QString::fromUtf8("C:\\Users\\carol\\Music\\Décembre.mp3")},
-             {"754000", "0", "-1", "3725000", "0", "1000", "61000"}, {"rtsp://cam.example/stream", "mms://old.example/x"})},
-        {home + "/Music/song one.mp3", QByteArray(4096, 'a')},
-        {home + "/Music/café.mp3", QByteArray(2048, 'c')},
-        {home + "/Music/caf%C3%A9 bar.mp3", QByteArray(100, 'e')},
-        {home + "/My Music/a.mp3", QByteArray(512, 'm')},
-        {home + "/Videos/clip.mkv", QByteArray(8192, 'v')},
-        {home + "/Music/mix.m3u", mix.toUtf8()},
-        {home + "/Music/unix.m3u", unix_lines.toUtf8()},
-        {home + "/Music/road.m3u8", road.toUtf8()},
-        {home + "/Music/party.xspf", QByteArray(k_xspf)},
-        {home + "/AppData/Roaming/vlc/vlcrc", vlcrc.toUtf8()},
-        {home + "/AppData/Roaming/vlc/art/artistalbum/ab12/art.jpg", QByteArray::fromHex("ffd8ffe000104a464946")},
-        {home + "/AppData/Roaming/vlc/art/artistalbum/cd34/cover.png", QByteArray::fromHex("89504e470d0a1a0a")},
-        {home + "/AppData/Roaming/vlc/art/artistalbum/ef56/cover.JPG", QByteArray::fromHex("ffd8ffe0")},
-        {home + "/AppData/Roaming/vlc/art/artistalbum/gh78/cover.jpeg", QByteArray::fromHex("ffd8ffe0")},
-    };
-    for (const auto& file : files) {
-        if (!tree_writer::write_file(root, file.path, file.data, error))
-            return false;
-    }
-    return true;
-}
-
-bool write_dave(const QString& root, QString* error)
-{
-    const QString home = "Users/dave";
-    const QList<QByteArray> links = {link_to("C:\\Users\\dave\\Videos\\holiday.mp4", 8),
-                                     link_to("C:\\Users\\dave\\Videos\\gone.avi", 9)};
-    // A link without the tracker block: its computer comes from the DestList.
-    shell_link_writer::link_fields untracked = shell_link_writer::media_link("C:\\Users\\dave\\clip.ogg", k_base_time, 5);
-    untracked.machine_id.clear();
-    const QByteArray damaged = opened(3, {1}).chopped(10);
-    const struct
-    {
-        QString path;
-        QByteArray data;
-    } files[] = {
-        {home + k_recent + "faef7def55a1d4b.automaticDestinations-ms",
-         compound_file_writer::jump_list(links, opened(1, {2, 1}))},
-        // Older versions of the player, on Windows 11 and with a damaged DestList.
-        {home + k_recent + "4acae695c73a28c7.automaticDestinations-ms",
-         compound_file_writer::jump_list({shell_link_writer::build(untracked)}, opened(6, {1}, "laptop-dave"))},
-        {home + k_recent + "e6ee34ac9913c0a9.automaticDestinations-ms",
-         compound_file_writer::jump_list({link_to("C:\\Users\\dave\\Videos\\gone.avi", 11)}, damaged)},
-        // An old version's list: one plain path, no positions.
-        {home + "/AppData/Roaming/vlc/vlc-qt-interface.ini",
-         interface_settings({"C:\\Users\\dave\\Videos\\holiday.mp4"}, {}, {})},
-        // Jump-list names are matched exactly: this one is another program's.
-        {home + k_recent + "9FDA41B86DDCF1DB.automaticDestinations-ms",
-         compound_file_writer::jump_list({link_to("C:\\Users\\dave\\Videos\\holiday.mp4", 10)})},
-        {home + "/Videos/holiday.mp4", QByteArray(3000, 'h')},
-        {home + "/AppData/Roaming/vlc/vlcrc", QByteArray("[podcast]\npodcast-urls=http://c.example/x")},
-    };
-    for (const auto& file : files) {
-        if (!tree_writer::write_file(root, file.path, file.data, error))
-            return false;
-    }
-    return true;
+        const char* location;
+        const char* duration;
+        int id;
+    } tracks[] = {{"file:///C:/Users/carol/My%20Music/a.mp3", "215999", 0},
+                  {"file:///C:/Users/carol/Music/caf%C3%A9%20bar.mp3", "60000", 1},
+                  {"file:///C:/Users/carol/Music/no-id.mp3", "1000", -1},
+                  {"file:///C:/Users/carol/Music/last.mp3", nullptr, 3}};
+    QList<xspf_entry> entries;
+    for (const auto& t : tracks)
+        entries << xspf_entry{t.location, {}, {}, {}, {}, {}, {}, t.duration ? QString(t.duration) : QString(), t.id};
+    return xspf_writer::write(path, entries, "Playlist");
 }
 
 }  // namespace
 
 bool write_windows_sample_tree(const QString& root, QString* error)
 {
-    return write_carol(root, error) && write_dave(root, error);
+    const QString carol = "Users/carol";
+    const QString dave = "Users/dave";
+    const QList<QByteArray> carol_links = {
+        link_to("C:\\Users\\carol\\Music\\song one.mp3", 1), link_to("D:\\Movies\\film.mkv", 2), network_link(),
+        link_to("C:\\Users\\carol\\Music\\mix.m3u", 3),      link_to("C:\\Users\\carol\\Music\\unix.m3u", 4),
+        link_to("C:\\Users\\carol\\Music\\road.m3u8", 5),    link_to("C:\\Users\\carol\\Music\\party.xspf", 6),
+        link_to("C:\\..\\..\\..\\outside.mp3", 7)};
+    // A link without the tracker block: its computer comes from the DestList.
+    shell_link_writer::link_fields untracked = shell_link_writer::media_link("C:\\Users\\dave\\clip.ogg", k_base_time, 5);
+    untracked.machine_id.clear();
+    const QList<tree_writer::entry> files = {
+        {carol + k_recent + "9fda41b86ddcf1db.automaticDestinations-ms",
+         compound_file_writer::jump_list(carol_links, opened(4, {4, 1, 8, 2, 3, 5, 6, 7}))},
+        {carol + "/AppData/Roaming/vlc/vlc-qt-interface.ini",
+         interface_settings(
+             {"file:///C:/Users/carol/Music/song%20one.mp3", "file:///C:/Users/carol/Videos/clip,%20final.mkv",
+              "C:\\Users\\carol\\Music\\café.mp3", "file:///D:/Movies/film.mkv",
+              "http://radio.example/live?x=1;y=2", "file:///C:/Users/carol/My%20Music/a.mp3",
+              "C:\\Users\\carol\\Music\\Décembre.mp3"},
+             {"754000", "0", "-1", "3725000", "0", "1000", "61000"}, {"rtsp://cam.example/stream", "mms://old.example/x"})},
+        {carol + "/Music/song one.mp3", QByteArray(4096, 'a')},
+        {carol + "/Music/café.mp3", QByteArray(2048, 'c')},
+        {carol + "/Music/caf%C3%A9 bar.mp3", QByteArray(100, 'e')},
+        {carol + "/My Music/a.mp3", QByteArray(512, 'm')},
+        {carol + "/Videos/clip.mkv", QByteArray(8192, 'v')},
+        {carol + "/Music/mix.m3u", "#EXTM3U\r\n#EXTINF:215,Artist - Song One\r\nC:\\Users\\carol\\Music\\song one.mp3\r\n"
+                                   "#EXTINF:3725,Long, Title\r\nC:\\Users\\carol\\Videos\\clip.mkv\r\n"},
+        {carol + "/Music/unix.m3u", "#EXTM3U\n#EXTINF:10,Ten\nC:\\Users\\carol\\Music\\song one.mp3\n"},
+        {carol + "/Music/road.m3u8", "#EXTM3U\r\n#EXTINF:59,Café\r\nC:\\Users\\carol\\Music\\café.mp3\r\n"
+                                     "#EXTINF:1,climbs out\r\nC:\\..\\..\\..\\etc\\passwd\r\n"},
+        {carol + "/AppData/Roaming/vlc/vlcrc", "# Configuration file\n\n[podcast] # Podcasts\n\n# Podcast URLs list "
+                                               "(string)\n#podcast-urls=\n\npodcast-urls=http://a.example/feed.xml|"
+                                               "http://b.example/rss\n\n[core]\n"},
+        {carol + "/AppData/Roaming/vlc/art/artistalbum/ab12/art.jpg", QByteArray::fromHex("ffd8ffe000104a464946")},
+        {carol + "/AppData/Roaming/vlc/art/artistalbum/cd34/cover.png", QByteArray::fromHex("89504e470d0a1a0a")},
+        {carol + "/AppData/Roaming/vlc/art/artistalbum/ef56/cover.JPG", QByteArray::fromHex("ffd8ffe0")},
+        {carol + "/AppData/Roaming/vlc/art/artistalbum/gh78/cover.jpeg", QByteArray::fromHex("ffd8ffe0")},
+        {dave + k_recent + "faef7def55a1d4b.automaticDestinations-ms",
+         compound_file_writer::jump_list({link_to("C:\\Users\\dave\\Videos\\holiday.mp4", 8),
+                                          link_to("C:\\Users\\dave\\Videos\\gone.avi", 9)},
+                                         opened(1, {2, 1}))},
+        // Older versions of the player, on Windows 11 and with a damaged DestList.
+        {dave + k_recent + "4acae695c73a28c7.automaticDestinations-ms",
+         compound_file_writer::jump_list({shell_link_writer::build(untracked)}, opened(6, {1}, "laptop-dave"))},
+        {dave + k_recent + "e6ee34ac9913c0a9.automaticDestinations-ms",
+         compound_file_writer::jump_list({link_to("C:\\Users\\dave\\Videos\\gone.avi", 11)},
+                                         opened(3, {1}).chopped(10))},
+        // An old version's list: one plain path, no positions.
+        {dave + "/AppData/Roaming/vlc/vlc-qt-interface.ini",
+         interface_settings({"C:\\Users\\dave\\Videos\\holiday.mp4"}, {}, {})},
+        // Jump-list names are matched exactly: this one is another program's.
+        {dave + k_recent + "9FDA41B86DDCF1DB.automaticDestinations-ms",
+         compound_file_writer::jump_list({link_to("C:\\Users\\dave\\Videos\\holiday.mp4", 10)})},
+        {dave + "/Videos/holiday.mp4", QByteArray(3000, 'h')},
+        {dave + "/AppData/Roaming/vlc/vlcrc", "[podcast]\npodcast-urls=http://c.example/x"},
+        // The guest account is one like any other.
+        {"Users/Guest/AppData/Roaming/vlc/vlcrc", "[podcast]\npodcast-urls=http://guest.example/feed\n"},
+    };
+    return tree_writer::write_entries(root, files, error) && write_party(root + "/" + carol + "/Music/party.xspf");
 }
