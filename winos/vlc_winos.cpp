@@ -37,7 +37,9 @@ void vlc_winos::find_source_file()
     art_folder_list.clear();
     preference_file_list.clear();
     jump_list_folder_list.clear();
+    desktop_media_library_files.clear();
 
+    QStringList media_library_databases;
     const struct
     {
         const char* suffix;
@@ -46,6 +48,7 @@ void vlc_winos::find_source_file()
         {"/AppData/Roaming/vlc/art", &art_folder_list},
         {"/AppData/Roaming/vlc/vlcrc", &preference_file_list},
         {"/AppData/Roaming/Microsoft/Windows/Recent/AutomaticDestinations", &jump_list_folder_list},
+        {"/AppData/Roaming/vlc/ml/ml.db", &media_library_databases},
     };
     for (const QString& user : user_names) {
         for (const auto& candidate : candidates) {
@@ -57,6 +60,8 @@ void vlc_winos::find_source_file()
             else
                 plugin_static_function::app_debug("[find_source_file]----  FILE NOT EXISTS" + path, sig_find);
         }
+        if (!media_library_databases.isEmpty())
+            desktop_media_library_files.append({user, media_library_databases.takeFirst()});
     }
     plugin_static_function::app_debug("[find_source_file]---ENDS---", sig_find);
 }
@@ -99,23 +104,32 @@ void vlc_winos::extract_plugin_artifacts()
 {
     plugin_static_function::app_debug("[extract_plugins_artifacts]---STARTS---", sig_driver);
     if (extraction_allowed()) {
+        // The player 4's database of each account adds to the tables it shares.
+        open_desktop_media_libraries("vlc_winos");
         // Fixed order: playlists read what the recents run collected.
         const struct
         {
             const char* table;
             void (vlc_winos::*run)();
+            void (media_library_reader::*database_table)();
         } steps[] = {
-            {"recents", &vlc_winos::extract_recents},
-            {"playlists", &vlc_winos::extract_playlists},
-            {"album_art", &vlc_winos::album_arts_artifacts},
-            {"podcasts", &vlc_winos::extract_podcasts_vlc},
+            {"recents", &vlc_winos::extract_recents, nullptr},
+            {"playlists", &vlc_winos::extract_playlists, &media_library_reader::extract_playlist},
+            {"album_art", &vlc_winos::album_arts_artifacts, &media_library_reader::extract_album_art},
+            {"podcasts", &vlc_winos::extract_podcasts_vlc, nullptr},
+            {"media_library", nullptr, &media_library_reader::extract_media_library},
+            {"album", nullptr, &media_library_reader::extract_album},
         };
         for (const auto& step : steps) {
             if (!is_table_selected(step.table))
                 continue;
-            (this->*step.run)();
+            if (step.run)
+                (this->*step.run)();
+            if (step.database_table)
+                run_desktop_media_libraries(step.database_table);
             finish_table();
         }
+        desktop_media_libraries.clear();
     }
     plugin_static_function::app_debug("[extract_plugins_artifacts]---ENDS---", sig_driver);
 }

@@ -140,7 +140,9 @@ bool write_macos_sample_tree(const QString& root, QString* error)
         && tree_writer::write_file(bob, k_vlcrc, "[core]\nintf=macosx\n", error)
         && tree_writer::write_file(bob, k_recents_sfl, plist_writer::keyed_archive(archive_strings), error)
         && tree_writer::write_file(bob, k_preferences, bob_preferences(), error)
-        && write_media(bob, {"Movies/clip.mov", "Music/Tom & Jerry.m4a"}, error);
+        && write_media(bob, {"Movies/clip.mov", "Music/Tom & Jerry.m4a", "Music/Song.mp3"}, error)
+        && write_desktop_media_database(bob + "Library/Application Support/org.videolan.vlc/ml/ml.db",
+                                        "file:///Users/bob/", error);
     if (!ok && error && error->isEmpty())
         *error = "cannot write the macOS sample below " + root;
     return ok;

@@ -1,15 +1,16 @@
 // The media library table: one row per Media row of the media database,
 // enriched with its file, tracks, album, artist, playlists and thumbnail.
 
-#include "android_query.h"
-#include "android_source_run.h"
+#include <QFileInfo>
+
+#include "media_library_query.h"
+#include "media_library_reader.h"
+#include "media_library_run.h"
 #include "plugin_static_function.h"
 #include "source_path_guard.h"
-#include "vlc_androidos.h"
 
 namespace {
 
-const QString k_signature = "void vlc_androidos::extract_media_library()";
 const QString k_separator = ";++::++;";
 
 const QString k_insert =
@@ -25,45 +26,23 @@ QString yes_unless_zero(const QString& value)
     return value == "0" ? "NO" : "YES";
 }
 
-// hh:mm:ss of a time in milliseconds.
-QString clock_text(qint64 milliseconds)
+// The database's file name; where it has none, the last part of the file's
+// path (a file on a memory card, say, that the extraction does not hold).
+QString file_name_of(const QString& filename, const QString& full_path)
 {
-    const qint64 seconds = milliseconds / 1000;
-    return QString("%1:%2:%3")
-        .arg(seconds / 3600, 2, 10, QChar('0'))
-        .arg(seconds / 60 % 60, 2, 10, QChar('0'))
-        .arg(seconds % 60, 2, 10, QChar('0'));
+    return filename.isEmpty() ? QFileInfo(full_path).fileName() : filename;
 }
 
-// Where playback stopped, as "Position: 42% (00:12:34)": from the fraction
-// played (progress, later last_position) and the time (last_time, else the
-// fraction of the duration). The app keeps -1 for no position, and a
-// position at the very start tells nothing.
-QString position_text(const prepared_statement& media)
+// Where playback stopped: the fraction played (progress, later
+// last_position) and the time (last_time).
+QString position_of(const prepared_statement& media)
 {
-    using shape = android_database_shape;
-    bool has_fraction = false;
+    using shape = media_library_shape;
     const int fraction_column = media.is_null(shape::last_position) ? shape::progress : shape::last_position;
-    double fraction = media.text(fraction_column).toDouble(&has_fraction);
-    has_fraction = has_fraction && fraction > 0;
-    bool has_time = false;
-    qint64 time_ms = media.text(shape::last_time).toLongLong(&has_time);
-    has_time = has_time && time_ms > 0;
-    const qint64 duration_ms = media.text(3).toLongLong();
-    if (!has_time && has_fraction && duration_ms > 0) {
-        time_ms = qint64(fraction * double(duration_ms));
-        has_time = true;
-    }
-    if (!has_fraction && has_time && duration_ms > 0) {
-        fraction = double(time_ms) / double(duration_ms);
-        has_fraction = true;
-    }
-    QStringList parts;
-    if (has_fraction)
-        parts << QString::number(qRound(fraction * 100)) + "%";
-    if (has_time)
-        parts << "(" + clock_text(time_ms) + ")";
-    return parts.isEmpty() ? QString() : "Position: " + parts.join(' ');
+    bool has_fraction = false;
+    const double fraction = media.text(fraction_column).toDouble(&has_fraction);
+    return media_library_reader::position_text(has_fraction ? fraction : -1, media.text(shape::last_time).toLongLong(),
+                                               media.text(3).toLongLong());
 }
 
 // The description column: a track's description, then the position.
@@ -81,31 +60,26 @@ struct media_lookups
         : audio(db), video(db), album_track(db), album(db), relation(db), playlist(db), artist(db), thumbnail(db)
     {
     }
-    android_query audio, video, album_track, album, relation, playlist, artist, thumbnail;
+    media_library_query audio, video, album_track, album, relation, playlist, artist, thumbnail;
 };
 
 }  // namespace
 
-void vlc_androidos::extract_media_library()
-{
-    run_table(k_signature, media_library_source, &android_statements::media, &vlc_androidos::insert_media_library_rows);
-}
-
-bool vlc_androidos::insert_media_library_rows(android_source_run& run)
+bool media_library_reader::insert_media_library_rows(media_library_run& run)
 {
     media_lookups lookups(run.source());
     prepared_statement file(run.source(), statements().file);
-    const bool with_positions = !database_shape.is_original();
-    const bool thumbnail_in_row = database_shape.media_thumbnail_in_row();
-    prepared_statement insert(run.result(), k_insert);
-    const QString source_file = source_file_text(media_library_source);
+    const bool with_positions = !m_shape.is_original();
+    const bool thumbnail_in_row = m_shape.media_thumbnail_in_row();
+    prepared_statement insert(run.result(), with_account(k_insert));
+    const QString source_file = source_file_text();
     const QString source_count_name = plugin_static_function::get_source_count_name();
     prepared_statement& media = run.rows();
     QStringList values;
     values.reserve(39);
 
     while (run.next_row()) {
-        if (cancel_requested)
+        if (cancelled())
             return false;
         const QString id_media = media.text(0);
         const bool is_video = media.text(1) == "1";
@@ -118,8 +92,10 @@ bool vlc_androidos::insert_media_library_rows(android_source_run& run)
         if (file.next()) {
             modification_date = file.text(2);
             file_size = file.text(3);
-            full_path = media_path_from_mrl(file.text(1));
-            file_exist = source_path_guard::exists_inside(full_path, source_root, k_signature) ? "YES" : "NO";
+            full_path = m_places.media_path(file.text(1));
+            file_exist = source_path_guard::exists_inside(full_path, m_context.source_root, m_signatures->media_library)
+                             ? "YES"
+                             : "NO";
             suffix = plugin_static_function::mining_suffix(full_path);
             removable = yes_unless_zero(file.text(4));
             external = yes_unless_zero(file.text(5));
@@ -140,26 +116,25 @@ bool vlc_androidos::insert_media_library_rows(android_source_run& run)
         const QString artist = get_artist_name(album.artist_id, lookups.artist);
         const QString thumbnail = thumbnail_of(media.text(9), thumbnail_in_row, lookups.thumbnail);
         if (with_positions)
-            audio.description = with_position(audio.description, position_text(media));
+            audio.description = with_position(audio.description, position_of(media));
 
-        const QString relative_path = path_below_root(full_path);
-        const QString relative_thumbnail = path_below_root(thumbnail);
+        const QString relative_path = below_root(full_path);
+        const QString relative_thumbnail = below_root(thumbnail);
         QString export_paths = relative_path + k_separator + relative_thumbnail;
         if (export_paths.endsWith(k_separator))
             export_paths.chop(k_separator.size());
-        const QString duration = media.is_null(3) ? QString() : convert_sec_to_hh_mm_ss(media.text(3));
+        const QString duration = media.is_null(3) ? QString() : plugin_static_function::duration_text_from_milliseconds(media.text(3));
 
         values.clear();
-        values << media.text(11) << relative_path << file_size << file_exist << (is_video ? "Video" : "Audio")
+        values << file_name_of(media.text(11), full_path) << relative_path << file_size << file_exist << (is_video ? "Video" : "Audio")
                << suffix << media.text(10) << playlists << duration << artist << relative_thumbnail << media.text(4)
                << yes_unless_zero(media.text(12)) << yes_unless_zero(media.text(13)) << removable << external
                << album.album_title << audio.codec << audio.bitrate << audio.samplerate << audio.nb_channels
                << audio.language << audio.description << video.width << video.height << video.fps_num
                << video.fps_den << video.sar_num << video.sar_den << media.text(5) << media.text(6) << media.text(7)
                << media.text(8) << modification_date << relative_path << export_paths << source_file
-               << os_scheme_display << source_count_name;
-        if (run.insert(insert, values))
-            count_inserted_row();
+               << m_context.os_scheme_display << source_count_name;
+        insert_row(run, insert, values);
     }
     return true;
 }

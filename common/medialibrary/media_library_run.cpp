@@ -1,8 +1,7 @@
-#include "android_source_run.h"
+#include "media_library_run.h"
 
 #include <QFileInfo>
 
-#include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
 #include "source_path_guard.h"
 
@@ -10,27 +9,27 @@
 
 #include <sqlite3.h>
 
-android_source_run::android_source_run(const QString& signature, const QString& result_db_path)
+media_library_run::media_library_run(const QString& signature, const QString& result_db_path)
     : m_signature(signature), m_result_path(result_db_path)
 {
 }
 
-android_source_run::~android_source_run()
+media_library_run::~media_library_run()
 {
     close();
 }
 
-bool android_source_run::open(const QString& source_path, const QString& source_root,
-                              plugin_helper_functions* helper)
+bool media_library_run::open(const QString& source_path, const QString& source_root,
+                             const std::function<QString()>& working_copy)
 {
     plugin_static_function::app_debug("START", m_signature);
-    if (source_path.isEmpty() || !QFileInfo::exists(source_path) || !helper)
+    if (source_path.isEmpty() || !QFileInfo::exists(source_path))
         return false;
     if (!companions_inside(source_path, source_root))
         return false;
 
     // The evidence is only ever opened through this copy (with its -wal and -shm).
-    const QString copy = helper->get_adhoc_path_for_database(source_path);
+    const QString copy = working_copy();
     if (copy.isEmpty() || !QFileInfo::exists(copy) || QFileInfo(copy).isDir())
         return false;
 
@@ -57,7 +56,7 @@ bool android_source_run::open(const QString& source_path, const QString& source_
     return true;
 }
 
-bool android_source_run::select(const QString& select_statement)
+bool media_library_run::select(const QString& select_statement)
 {
     row_started();
     m_row_ceiling = row_ceiling(select_statement);
@@ -71,7 +70,7 @@ bool android_source_run::select(const QString& select_statement)
     return true;
 }
 
-bool android_source_run::next_row()
+bool media_library_run::next_row()
 {
     row_started();
     if (!m_rows->next())
@@ -92,7 +91,7 @@ bool android_source_run::next_row()
 // of every row do on a damaged database. The scan is
 // therefore held to the number of rows the same statement counts when run
 // alone, which a sound database always reaches and never passes.
-qint64 android_source_run::row_ceiling(const QString& select_statement)
+qint64 media_library_run::row_ceiling(const QString& select_statement)
 {
     QSqlQuery count(m_source->db());
     if (count.exec("SELECT count(*) FROM (" + select_statement + ")") && count.next())
@@ -102,7 +101,7 @@ qint64 android_source_run::row_ceiling(const QString& select_statement)
     return QFileInfo(source_name()).size() / 4;
 }
 
-bool android_source_run::companions_inside(const QString& source_path, const QString& source_root) const
+bool media_library_run::companions_inside(const QString& source_path, const QString& source_root) const
 {
     // The working copy takes the -wal and -shm beside the database along; one
     // that links out of the source would be read from there.
@@ -114,7 +113,7 @@ bool android_source_run::companions_inside(const QString& source_path, const QSt
     return true;
 }
 
-void android_source_run::tune_source_cache()
+void media_library_run::tune_source_cache()
 {
     // The lookups seek into half a dozen tables and their indexes for every
     // row; SQLite's default page cache (2 MB) keeps too little of them, and
@@ -123,23 +122,23 @@ void android_source_run::tune_source_cache()
     pragma.exec(QString("PRAGMA cache_size=%1").arg(-k_source_cache_kib));
 }
 
-void android_source_run::watch_source_statements()
+void media_library_run::watch_source_statements()
 {
     // Only where the driver's SQLite is the one linked here; otherwise Qt's
     // own handling stays alone on the connection.
     if (sqlite3* handle = prepared_statement::shared_handle(m_source->db()))
-        sqlite3_progress_handler(handle, 100000, &android_source_run::over_row_limit, this);
+        sqlite3_progress_handler(handle, 100000, &media_library_run::over_row_limit, this);
 }
 
-int android_source_run::over_row_limit(void* run)
+int media_library_run::over_row_limit(void* run)
 {
-    auto* self = static_cast<android_source_run*>(run);
+    auto* self = static_cast<media_library_run*>(run);
     if (!self->m_over_limit && self->m_row_timer.elapsed() > k_row_limit_ms)
         self->m_over_limit = true;
     return self->m_over_limit ? 1 : 0;
 }
 
-bool android_source_run::read_ids(prepared_statement& statement, const QString& key, QStringList* ids)
+bool media_library_run::read_ids(prepared_statement& statement, const QString& key, QStringList* ids)
 {
     if (!statement.execute(key))
         return false;
@@ -149,19 +148,19 @@ bool android_source_run::read_ids(prepared_statement& statement, const QString& 
     return true;
 }
 
-QString android_source_run::source_name() const
+QString media_library_run::source_name() const
 {
     return m_source ? m_source->db().databaseName() : QString();
 }
 
-void android_source_run::log_query_failure(const QString& headline, const prepared_statement& statement) const
+void media_library_run::log_query_failure(const QString& headline, const prepared_statement& statement) const
 {
     plugin_static_function::app_debug(headline + source_name(), m_signature);
     plugin_static_function::app_debug(statement.error_text(), m_signature);
     plugin_static_function::app_debug(statement.statement(), m_signature);
 }
 
-bool android_source_run::insert(prepared_statement& insert, const QStringList& values) const
+bool media_library_run::insert(prepared_statement& insert, const QStringList& values) const
 {
     if (insert.execute(values))
         return true;
@@ -171,13 +170,13 @@ bool android_source_run::insert(prepared_statement& insert, const QStringList& v
     return false;
 }
 
-void android_source_run::finish()
+void media_library_run::finish()
 {
     close();
     plugin_static_function::app_debug("ENDS", m_signature);
 }
 
-void android_source_run::close()
+void media_library_run::close()
 {
     m_rows.reset();
     m_source.reset();
