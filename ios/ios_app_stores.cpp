@@ -42,11 +42,11 @@ void count_row(const media_library_context& context)
 
 // The app files a movie, a clip or an episode as video, and names its type
 // in words; without the column the file's extension tells.
-QString file_type_of(const QString& type, const QString& path, plugin_helper_functions* helper)
+QString file_type_of(const QString& type, const QString& name, plugin_helper_functions* helper)
 {
     if (!type.isEmpty())
         return type == "audio" ? "Audio" : "Video";
-    return helper && helper->check_is_audio_by_extn(QFileInfo(path).fileName()) ? "Audio" : "Video";
+    return helper && helper->check_is_audio_by_extn(name) ? "Audio" : "Video";
 }
 
 // Where playback stopped, and whether the app still showed the file as new.
@@ -92,16 +92,18 @@ void extract_core_data_library(const media_library_context& context, const media
         if (cancelled(context))
             return;
         const QString path = places.media_path(row.text(url));
+        // The name the app knew: a backup's stored file has only its id.
+        const QString name = QFileInfo(media_library_reader::path_of_file_mrl(row.text(url))).fileName();
         const bool exists = source_path_guard::exists_inside(path, context.source_root, signature);
         const QString relative = media_library_reader::path_below_root(path, context.source_root);
         const QString duration_text =
             row.is_null(duration) ? QString() : plugin_static_function::duration_text_from_milliseconds(row.text(duration));
-        const QStringList values = {QFileInfo(path).fileName(),
+        const QStringList values = {name,
                                     relative,
                                     exists ? QString::number(QFileInfo(path).size()) : QString(),
                                     path.isEmpty() ? QString() : exists ? "YES" : "NO",
-                                    file_type_of(row.text(type), path, context.helper),
-                                    plugin_static_function::mining_suffix(path),
+                                    file_type_of(row.text(type), name, context.helper),
+                                    plugin_static_function::mining_suffix(name),
                                     row.text(title),
                                     duration_text,
                                     row.text(artist),
@@ -129,9 +131,12 @@ QString title_of(plist_t titles, int index, const QString& address)
     return by_index.isEmpty() ? plist_document::string_of(plist_document::dict_item(titles, address)) : by_index;
 }
 
+// The last part of the address's path, else its host.
 QString name_of_address(const QString& address)
 {
-    return QUrl::fromPercentEncoding(QUrl(address).path().section('/', -1).toUtf8());
+    const QUrl url(address);
+    const QString last = QUrl::fromPercentEncoding(url.path().section('/', -1).toUtf8());
+    return last.isEmpty() ? url.host() : last;
 }
 
 }  // namespace

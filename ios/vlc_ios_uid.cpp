@@ -1,6 +1,7 @@
 #include "vlc_ios_uid.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 #include "ios_app_stores.h"
 #include "ios_backup_manifest.h"
@@ -43,6 +44,7 @@ void vlc_ios_uid::find_source_file()
     plugin_static_function::app_debug("[find_source_file] starts", k_signature_find);
     apps.clear();
     groups.clear();
+    found_containers.clear();
     // A backup's manifest is read when the run starts (it needs a working copy).
     backup_layout = ios_backup_manifest::is_backup(source_root);
     if (!backup_layout) {
@@ -65,7 +67,12 @@ void vlc_ios_uid::find_containers(const QString& containers, const QString& kind
     const QStringList names = QDir(containers).entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
     for (int i = 0; i < names.size() && i < k_max_containers; ++i) {
         const QString folder = containers + names.at(i) + "/";
+        // var/ is often a link to private/var/: the same container twice is read once.
+        const QString canonical = QFileInfo(folder).canonicalFilePath();
+        if (found_containers.contains(canonical))
+            continue;
         if (is_container_of(folder, identifier)) {
+            found_containers << canonical;
             plugin_static_function::app_debug("the app's " + kind + " container: " + path_below_root(folder),
                                               k_signature_find);
             found->push_back(ios_app_files::container(source_root, folder));

@@ -68,5 +68,6 @@ private:
     bool backup_layout = false;
     std::vector<ios_app_files> apps;
     std::vector<ios_app_files> groups;
+    QStringList found_containers;  // canonical paths
     media_library_set libraries;
 };

@@ -30,7 +30,7 @@ QString yes_unless_zero(const QString& value)
 // path (a file on a memory card, say, that the extraction does not hold).
 QString file_name_of(const QString& filename, const QString& full_path)
 {
-    return filename.isEmpty() ? QFileInfo(full_path).fileName() : filename;
+    return filename.isEmpty() && !full_path.isEmpty() ? QFileInfo(full_path).fileName() : filename;
 }
 
 // Where playback stopped: the fraction played (progress, later
@@ -97,6 +97,9 @@ bool media_library_reader::insert_media_library_rows(media_library_run& run)
                              ? "YES"
                              : "NO";
             suffix = plugin_static_function::mining_suffix(full_path);
+            // A backup's stored file has only its id for a name.
+            if (suffix.isEmpty())
+                suffix = plugin_static_function::mining_suffix(path_of_file_mrl(file.text(1)));
             removable = yes_unless_zero(file.text(4));
             external = yes_unless_zero(file.text(5));
         }

@@ -121,9 +121,9 @@ bool write_ios_sample_tree(const QString& root, QString* error)
     const QString app = k_containers + k_app;
     const QString group = k_containers + k_group;
     const QString metadata = ".com.apple.mobile_container_manager.metadata.plist";
-    for (const QString& file : {"Documents/Movie.mp4", "Documents/Music/Song.mp3", "Library/MediaLibrary/thumbnails/album.jpg",
-                                "Library/MediaLibrary/thumbnails/movie.jpg"}) {
-        if (!tree_writer::write_file(root, app + file, "sample " + file.toUtf8(), error))
+    for (const char* file : {"Documents/Movie.mp4", "Documents/Music/Song.mp3",
+                             "Library/MediaLibrary/thumbnails/album.jpg", "Library/MediaLibrary/thumbnails/movie.jpg"}) {
+        if (!tree_writer::write_file(root, app + file, QByteArray("sample ") + file, error))
             return false;
     }
     // A link out of the source where a media file should be.
