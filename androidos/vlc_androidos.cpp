@@ -45,18 +45,12 @@ void vlc_androidos::extract_plugin_artifacts()
         // One reader for the run: one working copy of the database, its model
         // read once, its lookups remembered across the tables.
         reader = std::make_unique<media_library_reader>(reader_context("vlc_androidos"), places, media_library_source);
-        const QList<QPair<QString, void (vlc_androidos::*)()>> tables = {
-            {"media_library", &vlc_androidos::extract_media_library},
-            {"album_art", &vlc_androidos::extract_album_art},
-            {"album", &vlc_androidos::extract_album},
-            {"playlists", &vlc_androidos::extract_playlist},
-        };
-        for (const auto& table : tables) {
-            if (!is_table_selected(table.first))
-                continue;
-            (this->*table.second)();
-            finish_table();
-        }
+        run_selected_tables({
+            {"media_library", [this] { extract_media_library(); }},
+            {"album_art", [this] { extract_album_art(); }},
+            {"album", [this] { extract_album(); }},
+            {"playlists", [this] { extract_playlist(); }},
+        });
         reader.reset();
     }
 

@@ -55,6 +55,16 @@ void extractor_base::finish_table()
     emit_tabs_signal(tabs_processed_count);
 }
 
+void extractor_base::run_selected_tables(const QList<QPair<QString, std::function<void()>>>& tables)
+{
+    for (const auto& table : tables) {
+        if (!is_table_selected(table.first))
+            continue;
+        table.second();
+        finish_table();
+    }
+}
+
 QStringList extractor_base::distinct_non_empty(const QStringList& names)
 {
     QStringList kept;

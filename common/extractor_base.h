@@ -6,10 +6,13 @@
 // written once, here.
 
 #include <QElapsedTimer>
+#include <QPair>
 #include <QList>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
+
+#include <functional>
 
 #include "host_context_records.h"
 #include "media_library_set.h"
@@ -44,6 +47,8 @@ protected:
     void count_inserted_row();
     // After a table: report the count, then one more tab done.
     void finish_table();
+    // Runs each selected table of the list, in the list's order, and counts it.
+    void run_selected_tables(const QList<QPair<QString, std::function<void()>>>& tables);
 
     // Account names in order, without duplicates (first kept) or empties.
     static QStringList distinct_non_empty(const QStringList& names);

@@ -135,7 +135,7 @@ void vlc_ios_uid::extract_plugin_artifacts()
         const auto every = [this](void (media_library_reader::*table)()) {
             return [this, table] { libraries.run(table, cancel_requested); };
         };
-        const QList<QPair<QString, std::function<void()>>> tables = {
+        run_selected_tables({
             {"media_library",
              [this] {
                  libraries.run(&media_library_reader::extract_media_library, cancel_requested);
@@ -145,13 +145,7 @@ void vlc_ios_uid::extract_plugin_artifacts()
             {"album", every(&media_library_reader::extract_album)},
             {"playlists", every(&media_library_reader::extract_playlist)},
             {"recents", [this] { extract_recents(); }},
-        };
-        for (const auto& table : tables) {
-            if (!is_table_selected(table.first))
-                continue;
-            table.second();
-            finish_table();
-        }
+        });
         libraries.clear();
     }
     plugin_static_function::app_debug("[extract_plugin_artifacts] ends", k_signature_extract);

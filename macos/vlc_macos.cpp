@@ -122,17 +122,11 @@ void vlc_macos::extract_plugin_artifacts()
             finish_table();
         }
         // The tables only the player 4's database fills.
-        const QPair<const char*, void (media_library_reader::*)()> database_tables[] = {
-            {"album_art", &media_library_reader::extract_album_art},
-            {"album", &media_library_reader::extract_album},
-            {"playlists", &media_library_reader::extract_playlist},
-        };
-        for (const auto& table : database_tables) {
-            if (!is_table_selected(table.first))
-                continue;
-            run_desktop_media_libraries(table.second);
-            finish_table();
-        }
+        run_selected_tables({
+            {"album_art", [this] { run_desktop_media_libraries(&media_library_reader::extract_album_art); }},
+            {"album", [this] { run_desktop_media_libraries(&media_library_reader::extract_album); }},
+            {"playlists", [this] { run_desktop_media_libraries(&media_library_reader::extract_playlist); }},
+        });
         desktop_media_libraries.clear();
     }
     plugin_static_function::app_debug("[extract_plugin_artifacts] ends", sig_extract_plugin_artifacts);
