@@ -69,15 +69,18 @@ QString android_places::media_path(const QString& mrl) const
 
 QString android_places::phone_path_in_backup(QString mrl) const
 {
-    const QString phone_path = media_library_reader::path_of_file_mrl(mrl);
-    for (const char* alias : k_storage_aliases) {
-        if (phone_path.startsWith(QLatin1String(alias)))
-            return m_source_root + m_shared_storage + "0/" + phone_path.mid(int(qstrlen(alias)));
+    // The usual name, .../emulated/0/..., is read the quick way below.
+    if (!mrl.contains(QLatin1String("/emulated/"))) {
+        const QString phone_path = media_library_reader::path_of_file_mrl(mrl);
+        for (const char* alias : k_storage_aliases) {
+            if (phone_path.startsWith(QLatin1String(alias)))
+                return m_source_root + m_shared_storage + "0/" + phone_path.mid(int(qstrlen(alias)));
+        }
+        // A memory card is not in a backup: the row names it where the phone had it.
+        static const QRegularExpression memory_card("^/storage/[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}/");
+        if (memory_card.match(phone_path).hasMatch())
+            return m_source_root + phone_path.mid(1);
     }
-    // A memory card is not in a backup: the row names it where the phone had it.
-    static const QRegularExpression memory_card("^/storage/[0-9A-Fa-f]{4}-[0-9A-Fa-f]{4}/");
-    if (memory_card.match(phone_path).hasMatch())
-        return m_source_root + phone_path.mid(1);
     mrl.replace("%20", " ");
     // Primary storage is .../emulated/0/...; the backup keeps it below shared/0/.
     const int zero = mrl.indexOf('0');
