@@ -64,7 +64,8 @@ void android_places::use_file_system_layout()
 
 QString android_places::media_path(const QString& mrl) const
 {
-    return m_full_file_system ? phone_path_in_source(media_library_reader::path_of_file_mrl(mrl)) : phone_path_in_backup(mrl);
+    return m_full_file_system ? phone_path_in_source(media_library_reader::path_of_file_mrl(mrl))
+                              : phone_path_in_backup(mrl);
 }
 
 QString android_places::phone_path_in_backup(QString mrl) const
@@ -95,9 +96,12 @@ QString android_places::phone_path_in_source(const QString& phone_path) const
     // private folder under several names.
     const QString storage = m_shared_storage + "0/";
     const QList<QPair<QString, QString>> places = {
-        {"/storage/emulated/0/", storage},      {"/sdcard/", storage},
-        {"/mnt/sdcard/", storage},              {"/storage/self/primary/", storage},
-        {"/data/media/0/", storage},            {"/data/user/0/org.videolan.vlc/", m_private_folder},
+        {"/storage/emulated/0/", storage},
+        {"/sdcard/", storage},
+        {"/mnt/sdcard/", storage},
+        {"/storage/self/primary/", storage},
+        {"/data/media/0/", storage},
+        {"/data/user/0/org.videolan.vlc/", m_private_folder},
         {"/data/data/org.videolan.vlc/", m_private_folder},
     };
     for (const auto& place : places) {
@@ -130,7 +134,8 @@ QString android_places::thumbnail_path(const QString& stored_mrl, const QString&
     // Later models keep thumbnails elsewhere in the external files folder.
     const QString marker = "/Android/data/org.videolan.vlc/files/";
     const int files = mrl.indexOf(marker);
-    const QString elsewhere = files >= 0 ? m_source_root + m_external_files + mrl.mid(files + marker.size()) : QString();
+    const QString elsewhere =
+        files >= 0 ? m_source_root + m_external_files + mrl.mid(files + marker.size()) : QString();
     if (!elsewhere.isEmpty() && source_path_guard::exists_inside(elsewhere, m_source_root, signature))
         return elsewhere;
     return QString();

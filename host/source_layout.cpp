@@ -40,8 +40,9 @@ QString detect_os_scheme(const QString& source_root)
         return "androidOS";
     // An iOS backup folder has its manifest at the top; a full file-system
     // extraction has the apps' containers (with or without "private/").
-    if (has_file(root, "Manifest.db") || has_file(root, "Manifest.plist") || has_dir(root, "private/var/mobile/Containers")
-        || has_dir(root, "var/mobile/Containers") || has_file(root, ".com.apple.mobile_container_manager.metadata.plist"))
+    if (has_file(root, "Manifest.db") || has_file(root, "Manifest.plist")
+        || has_dir(root, "private/var/mobile/Containers") || has_dir(root, "var/mobile/Containers")
+        || has_file(root, ".com.apple.mobile_container_manager.metadata.plist"))
         return "iOS_UID";
     if (any_user_has(root, "AppData") || has_dir(root, "Windows/System32"))
         return "winOS";

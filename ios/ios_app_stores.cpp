@@ -96,12 +96,15 @@ void extract_core_data_library(const media_library_context& context, const media
         const QString name = QFileInfo(media_library_reader::path_of_file_mrl(row.text(url))).fileName();
         const bool exists = source_path_guard::exists_inside(path, context.source_root, signature);
         const QString relative = media_library_reader::path_below_root(path, context.source_root);
-        const QString duration_text =
-            row.is_null(duration) ? QString() : plugin_static_function::duration_text_from_milliseconds(row.text(duration));
+        const QString duration_text = row.is_null(duration)
+                                          ? QString()
+                                          : plugin_static_function::duration_text_from_milliseconds(row.text(duration));
         const QStringList values = {name,
                                     relative,
                                     exists ? QString::number(QFileInfo(path).size()) : QString(),
-                                    path.isEmpty() ? QString() : exists ? "YES" : "NO",
+                                    path.isEmpty() ? QString()
+                                    : exists       ? "YES"
+                                                   : "NO",
                                     file_type_of(row.text(type), name, context.helper),
                                     plugin_static_function::mining_suffix(name),
                                     row.text(title),

@@ -92,7 +92,8 @@ void ios_backup_manifest::read_rows(const QString& copy, const QStringList& doma
         while (files.next()) {
             if (m_file_ids.size() >= k_max_files) {
                 plugin_static_function::app_debug(
-                    QString("backup manifest names more than %1 files of the app, the rest is skipped").arg(k_max_files),
+                    QString("backup manifest names more than %1 files of the app, the rest is skipped")
+                        .arg(k_max_files),
                     signature);
                 break;
             }

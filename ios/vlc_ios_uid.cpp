@@ -28,9 +28,7 @@ constexpr int k_max_containers = 100000;
 
 }  // namespace
 
-vlc_ios_uid::vlc_ios_uid(QWidget* parent) : extractor_base(parent)
-{
-}
+vlc_ios_uid::vlc_ios_uid(QWidget* parent) : extractor_base(parent) {}
 
 vlc_ios_uid::~vlc_ios_uid() = default;
 
@@ -88,7 +86,7 @@ bool vlc_ios_uid::is_container_of(const QString& folder, const QString& identifi
     plist_owner plist = plist_document::load_file(metadata);
     return plist_document::string_of(
                plist_document::dict_item(static_cast<plist_t>(plist.get()), "MCMMetadataIdentifier"))
-        == identifier;
+           == identifier;
 }
 
 void vlc_ios_uid::read_backup_manifest()

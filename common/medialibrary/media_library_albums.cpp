@@ -96,9 +96,10 @@ bool media_library_reader::insert_album_rows(media_library_run& run)
     return true;
 }
 
-bool media_library_reader::collect_album_tracks(media_library_run& run, const QString& album_id, prepared_statement& tracks,
-                                         media_library_query& file_name_query, media_library_query& file_query,
-                                         QStringList* item_info, QStringList* export_paths)
+bool media_library_reader::collect_album_tracks(media_library_run& run, const QString& album_id,
+                                                prepared_statement& tracks, media_library_query& file_name_query,
+                                                media_library_query& file_query, QStringList* item_info,
+                                                QStringList* export_paths)
 {
     QStringList media_ids;
     if (!media_library_run::read_ids(tracks, album_id, &media_ids)) {
@@ -115,7 +116,8 @@ bool media_library_reader::collect_album_tracks(media_library_run& run, const QS
         const struct_file file = get_file_path(media_id, file_query);
         const QString relative_path = below_root(file.file_path);
         *export_paths << relative_path;
-        *item_info << "File Name: " + media.file_name + "; File Size: " + file.file_size + "; File Path:" + relative_path;
+        *item_info << "File Name: " + media.file_name + "; File Size: " + file.file_size
+                          + "; File Path:" + relative_path;
     }
     return true;
 }

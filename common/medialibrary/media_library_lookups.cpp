@@ -15,7 +15,7 @@ const QString k_separator = ";++::++;";
 // Runs the lookup's statement with its key; on failure logs the error and the
 // statement with the caller's signature and gives nothing.
 prepared_statement* run_lookup(media_library_query& query, const QString& statement, const QString& key,
-                              const QString& signature)
+                               const QString& signature)
 {
     prepared_statement& prepared = query.prepared(statement);
     if (prepared.execute(key))
@@ -74,7 +74,7 @@ struct_video_track media_library_reader::get_video_track_details(QString media_i
 }
 
 struct_artist media_library_reader::get_artist_details(QString media_id, media_library_query& album_track_query,
-                                                media_library_query& album_query)
+                                                       media_library_query& album_query)
 {
     const QString& signature = m_signatures->artist_details;
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
@@ -107,7 +107,7 @@ struct_artist media_library_reader::get_artist_details(QString media_id, media_l
 }
 
 QString media_library_reader::get_playlist_name(QString media_id, media_library_query& relation_query,
-                                         media_library_query& playlist_query)
+                                                media_library_query& playlist_query)
 {
     const QString& signature = m_signatures->playlist_name;
     plugin_static_function::app_debug(QStringLiteral(" Starts"), signature);
@@ -220,7 +220,8 @@ struct_file media_library_reader::get_file_path(QString media_id, media_library_
     if (rows->next()) {
         file.file_size = rows->text(3);
         file.file_path = m_places.media_path(rows->text(1));
-        file.file_exist = source_path_guard::exists_inside(file.file_path, m_context.source_root, signature) ? "YES" : "NO";
+        file.file_exist =
+            source_path_guard::exists_inside(file.file_path, m_context.source_root, signature) ? "YES" : "NO";
     }
     rows->finish();
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);

@@ -106,8 +106,8 @@ bool media_library_reader::insert_media_library_rows(media_library_run& run)
         file.finish();
 
         struct_audio_track audio = get_audio_track_details(id_media, lookups.audio);
-        const struct_video_track video = is_video ? get_video_track_details(id_media, lookups.video)
-                                                  : struct_video_track();
+        const struct_video_track video =
+            is_video ? get_video_track_details(id_media, lookups.video) : struct_video_track();
         if (is_video) {
             audio.codec = video.codec;
             audio.bitrate = video.bitrate;
@@ -126,17 +126,18 @@ bool media_library_reader::insert_media_library_rows(media_library_run& run)
         QString export_paths = relative_path + k_separator + relative_thumbnail;
         if (export_paths.endsWith(k_separator))
             export_paths.chop(k_separator.size());
-        const QString duration = media.is_null(3) ? QString() : plugin_static_function::duration_text_from_milliseconds(media.text(3));
+        const QString duration =
+            media.is_null(3) ? QString() : plugin_static_function::duration_text_from_milliseconds(media.text(3));
 
         values.clear();
-        values << file_name_of(media.text(11), full_path) << relative_path << file_size << file_exist << (is_video ? "Video" : "Audio")
-               << suffix << media.text(10) << playlists << duration << artist << relative_thumbnail << media.text(4)
-               << yes_unless_zero(media.text(12)) << yes_unless_zero(media.text(13)) << removable << external
-               << album.album_title << audio.codec << audio.bitrate << audio.samplerate << audio.nb_channels
-               << audio.language << audio.description << video.width << video.height << video.fps_num
-               << video.fps_den << video.sar_num << video.sar_den << media.text(5) << media.text(6) << media.text(7)
-               << media.text(8) << modification_date << relative_path << export_paths << source_file
-               << m_context.os_scheme_display << source_count_name;
+        values << file_name_of(media.text(11), full_path) << relative_path << file_size << file_exist
+               << (is_video ? "Video" : "Audio") << suffix << media.text(10) << playlists << duration << artist
+               << relative_thumbnail << media.text(4) << yes_unless_zero(media.text(12))
+               << yes_unless_zero(media.text(13)) << removable << external << album.album_title << audio.codec
+               << audio.bitrate << audio.samplerate << audio.nb_channels << audio.language << audio.description
+               << video.width << video.height << video.fps_num << video.fps_den << video.sar_num << video.sar_den
+               << media.text(5) << media.text(6) << media.text(7) << media.text(8) << modification_date << relative_path
+               << export_paths << source_file << m_context.os_scheme_display << source_count_name;
         insert_row(run, insert, values);
     }
     return true;

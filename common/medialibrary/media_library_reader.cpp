@@ -14,20 +14,20 @@
 
 // The texts the Android extractor has always logged, for whichever extractor owns the reader.
 media_library_reader::signatures::signatures(const QString& owner)
-        : media_library(QString("void %1::extract_media_library()").arg(owner)),
-          album_art(QString("void %1::extract_album_art()").arg(owner)),
-          album(QString("void %1::extract_album()").arg(owner)),
-          playlist(QString("void %1::extract_playlist()").arg(owner)),
-          read_shape(QString("void %1::read_database_shape(const QSqlDatabase&)").arg(owner)),
-          audio_track(QString("struct_audio_track %1::get_audio_track_details(QString, QSqlQuery)").arg(owner)),
-          video_track(QString("struct_video_track %1::get_video_track_details(QString, QSqlQuery)").arg(owner)),
-          artist_details(QString("struct_artist %1::get_artist_details(QString, QSqlQuery, QSqlQuery)").arg(owner)),
-          playlist_name(QString("QString %1::get_playlist_name(QString, QSqlQuery, QSqlQuery)").arg(owner)),
-          artist_name(QString("QString %1::get_artist_name(QString, QSqlQuery)").arg(owner)),
-          thumbnail_path(QString("QString %1::get_thumbnail_path(QString, QSqlQuery)").arg(owner)),
-          thumbnail_of(QString("QString %1::thumbnail_of(const QString&, bool, media_library_query&)").arg(owner)),
-          file_name(QString("struct_media %1::get_file_name(QString, QSqlQuery)").arg(owner)),
-          file_path(QString("struct_file %1::get_file_path(QString, QSqlQuery)").arg(owner))
+    : media_library(QString("void %1::extract_media_library()").arg(owner)),
+      album_art(QString("void %1::extract_album_art()").arg(owner)),
+      album(QString("void %1::extract_album()").arg(owner)),
+      playlist(QString("void %1::extract_playlist()").arg(owner)),
+      read_shape(QString("void %1::read_database_shape(const QSqlDatabase&)").arg(owner)),
+      audio_track(QString("struct_audio_track %1::get_audio_track_details(QString, QSqlQuery)").arg(owner)),
+      video_track(QString("struct_video_track %1::get_video_track_details(QString, QSqlQuery)").arg(owner)),
+      artist_details(QString("struct_artist %1::get_artist_details(QString, QSqlQuery, QSqlQuery)").arg(owner)),
+      playlist_name(QString("QString %1::get_playlist_name(QString, QSqlQuery, QSqlQuery)").arg(owner)),
+      artist_name(QString("QString %1::get_artist_name(QString, QSqlQuery)").arg(owner)),
+      thumbnail_path(QString("QString %1::get_thumbnail_path(QString, QSqlQuery)").arg(owner)),
+      thumbnail_of(QString("QString %1::thumbnail_of(const QString&, bool, media_library_query&)").arg(owner)),
+      file_name(QString("struct_media %1::get_file_name(QString, QSqlQuery)").arg(owner)),
+      file_path(QString("struct_file %1::get_file_path(QString, QSqlQuery)").arg(owner))
 {
 }
 
@@ -177,8 +177,9 @@ QString media_library_reader::with_account(const QString& insert) const
 
 void media_library_reader::insert_row(media_library_run& run, prepared_statement& insert, const QStringList& values)
 {
-    const bool inserted = m_context.system_user.isEmpty() ? run.insert(insert, values)
-                                                          : run.insert(insert, QStringList{m_context.system_user} + values);
+    const bool inserted = m_context.system_user.isEmpty()
+                              ? run.insert(insert, values)
+                              : run.insert(insert, QStringList{m_context.system_user} + values);
     if (inserted && m_context.count_row)
         m_context.count_row();
 }

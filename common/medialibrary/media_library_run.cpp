@@ -76,9 +76,11 @@ bool media_library_run::next_row()
     if (!m_rows->next())
         return false;
     if (m_rows_given == m_row_ceiling) {
-        plugin_static_function::app_debug("damaged database, the table gives more rows than it holds; the rest of it "
-                                          "is skipped: " + source_name(),
-                                          m_signature);
+        plugin_static_function::app_debug(
+            "damaged database, the table gives more rows than it holds; the rest of it "
+            "is skipped: "
+                + source_name(),
+            m_signature);
         return false;
     }
     ++m_rows_given;

@@ -52,8 +52,8 @@ QString desktop_media_places::thumbnail_path(const QString& mrl, const QString& 
     // A thumbnail the player made is named by its place in the storage folder.
     const QString path = media_library_reader::path_of_file_mrl(mrl);
     const bool relative = !path.isEmpty() && !path.startsWith('/') && !path.contains(':');
-    const QStringList candidates = relative ? QStringList{m_storage + "thumbnails/" + path, m_storage + path}
-                                            : QStringList{media_path(mrl)};
+    const QStringList candidates =
+        relative ? QStringList{m_storage + "thumbnails/" + path, m_storage + path} : QStringList{media_path(mrl)};
     for (const QString& candidate : candidates) {
         if (!candidate.isEmpty() && source_path_guard::exists_inside(candidate, m_source_root, signature))
             return candidate;

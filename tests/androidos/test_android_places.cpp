@@ -42,7 +42,8 @@ private slots:
             android_places places;
             places.find_layout(root);
             const QString expected = c.expected.isEmpty() ? QString() : root + c.expected;
-            QVERIFY2(places.media_path(c.mrl) == expected, qPrintable(QString(c.name) + ": " + places.media_path(c.mrl)));
+            const QString found = places.media_path(c.mrl);
+            QVERIFY2(found == expected, qPrintable(QString(c.name) + ": " + found));
         }
     }
 };

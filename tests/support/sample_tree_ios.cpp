@@ -24,7 +24,7 @@ const QString k_containers = "private/var/mobile/Containers/";
 const QString k_app = "Data/Application/5C1D7A2E-1F0B-4E8C-9D3A-6B2F8E4A1C70/";
 const QString k_group = "Shared/AppGroup/0F6E2B9C-3A1D-4C7E-8B5F-2D9A4E6C1B83/";
 // The app names its files in the container it had when it added them.
-const QString k_old_app = "file:///private/var/mobile/Containers/Data/Application/AAAAAAAA-0000-0000-0000-000000000000/";
+const QString k_old_app = "file:///private/var/mobile/Containers/Data/Application/AAAAAAAA-0000-0000-0000-0000/";
 const QString k_app_domain = "AppDomain-org.videolan.vlc-ios";
 
 bool write_plist(const QString& root, const QString& path, const QVariantMap& values, QString* error)
@@ -121,8 +121,10 @@ bool write_ios_sample_tree(const QString& root, QString* error)
     const QString app = k_containers + k_app;
     const QString group = k_containers + k_group;
     const QString metadata = ".com.apple.mobile_container_manager.metadata.plist";
-    for (const char* file : {"Documents/Movie.mp4", "Documents/Music/Song.mp3",
-                             "Library/MediaLibrary/thumbnails/album.jpg", "Library/MediaLibrary/thumbnails/movie.jpg"}) {
+    const char* const files[] = {"Documents/Movie.mp4", "Documents/Music/Song.mp3",
+                                 "Library/MediaLibrary/thumbnails/album.jpg",
+                                 "Library/MediaLibrary/thumbnails/movie.jpg"};
+    for (const char* file : files) {
         if (!tree_writer::write_file(root, app + file, QByteArray("sample ") + file, error))
             return false;
     }

@@ -140,6 +140,6 @@ bool write_windows_sample_tree(const QString& root, QString* error)
 {
     return write_carol(root, error) && write_dave(root, error)
            && tree_writer::write_file(root, "Users/carol/Music/Song.mp3", "song", error)
-           && write_desktop_media_database(root + "/Users/carol/AppData/Roaming/vlc/ml/ml.db", "file:///C:/Users/carol/",
-                                           error);
+           && write_desktop_media_database(root + "/Users/carol/AppData/Roaming/vlc/ml/ml.db",
+                                           "file:///C:/Users/carol/", error);
 }
