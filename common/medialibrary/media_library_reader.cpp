@@ -198,16 +198,17 @@ QString clock_text(qint64 milliseconds)
 
 }  // namespace
 
-// A position at the very start tells nothing; the apps keep -1 for none.
+// A position at the very start tells nothing; the apps keep -1 for none. A
+// fraction beyond the whole (a damaged row) is no position either.
 QString media_library_reader::position_text(double fraction, qint64 time_ms, qint64 duration_ms)
 {
-    bool has_fraction = fraction > 0;
+    bool has_fraction = fraction > 0 && fraction <= 1;
     bool has_time = time_ms > 0;
     if (!has_time && has_fraction && duration_ms > 0) {
         time_ms = qint64(fraction * double(duration_ms));
         has_time = true;
     }
-    if (!has_fraction && has_time && duration_ms > 0) {
+    if (!has_fraction && has_time && duration_ms > 0 && time_ms <= duration_ms) {
         fraction = double(time_ms) / double(duration_ms);
         has_fraction = true;
     }
