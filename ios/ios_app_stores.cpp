@@ -66,6 +66,55 @@ QString description_of(const prepared_statement& row)
 
 }  // namespace
 
+namespace {
+
+// The store's rows into media_library; false when the run was cancelled.
+// The insert is finished here, before the run closes its connections.
+bool insert_store_rows(media_library_run& run, const media_library_context& context,
+                       const media_library_places& places, const QString& store_path, const QString& signature)
+{
+    prepared_statement insert(run.result(), k_insert_media);
+    const QString source_file = media_library_reader::source_file_of(context, store_path);
+    const QString source_count_name = plugin_static_function::get_source_count_name();
+    prepared_statement& row = run.rows();
+    while (run.next_row()) {
+        if (cancelled(context))
+            return false;
+        const QString path = places.media_path(row.text(url));
+        // The name the app knew: a backup's stored file has only its id.
+        const QString name = QFileInfo(media_library_reader::path_of_file_mrl(row.text(url))).fileName();
+        const bool exists = source_path_guard::exists_inside(path, context.source_root, signature);
+        const QString relative = media_library_reader::path_below_root(path, context.source_root);
+        const QString existence = path.isEmpty() ? QString() : exists ? "YES" : "NO";
+        const QString length = row.is_null(duration)
+                                   ? QString()
+                                   : plugin_static_function::duration_text_from_milliseconds(row.text(duration));
+        const QStringList values = {
+            name,
+            relative,
+            exists ? QString::number(QFileInfo(path).size()) : QString(),
+            existence,
+            file_type_of(row.text(type), name, context.helper),
+            plugin_static_function::mining_suffix(name),
+            row.text(title),
+            length,
+            row.text(artist),
+            row.text(album),
+            row.text(play_count),
+            description_of(row),
+            relative,
+            relative,
+            source_file,
+            context.os_scheme_display,
+            source_count_name};
+        if (run.insert(insert, values))
+            count_row(context);
+    }
+    return true;
+}
+
+}  // namespace
+
 void extract_core_data_library(const media_library_context& context, const media_library_places& places,
                                const QString& store_path)
 {
@@ -82,46 +131,8 @@ void extract_core_data_library(const media_library_context& context, const media
     for (const QString& column : missing)
         plugin_static_function::app_debug("not in this media library store, its columns stay empty: " + column,
                                           signature);
-    if (!run.select(select))
-        return;
-    prepared_statement insert(run.result(), k_insert_media);
-    const QString source_file = media_library_reader::source_file_of(context, store_path);
-    const QString source_count_name = plugin_static_function::get_source_count_name();
-    prepared_statement& row = run.rows();
-    while (run.next_row()) {
-        if (cancelled(context))
-            return;
-        const QString path = places.media_path(row.text(url));
-        // The name the app knew: a backup's stored file has only its id.
-        const QString name = QFileInfo(media_library_reader::path_of_file_mrl(row.text(url))).fileName();
-        const bool exists = source_path_guard::exists_inside(path, context.source_root, signature);
-        const QString relative = media_library_reader::path_below_root(path, context.source_root);
-        const QString duration_text = row.is_null(duration)
-                                          ? QString()
-                                          : plugin_static_function::duration_text_from_milliseconds(row.text(duration));
-        const QStringList values = {name,
-                                    relative,
-                                    exists ? QString::number(QFileInfo(path).size()) : QString(),
-                                    path.isEmpty() ? QString()
-                                    : exists       ? "YES"
-                                                   : "NO",
-                                    file_type_of(row.text(type), name, context.helper),
-                                    plugin_static_function::mining_suffix(name),
-                                    row.text(title),
-                                    duration_text,
-                                    row.text(artist),
-                                    row.text(album),
-                                    row.text(play_count),
-                                    description_of(row),
-                                    relative,
-                                    relative,
-                                    source_file,
-                                    context.os_scheme_display,
-                                    source_count_name};
-        if (run.insert(insert, values))
-            count_row(context);
-    }
-    run.finish();
+    if (run.select(select) && insert_store_rows(run, context, places, store_path, signature))
+        run.finish();
 }
 
 namespace {
@@ -193,6 +204,7 @@ void extract_recent_addresses(const media_library_context& context, const QStrin
         else
             plugin_static_function::app_debug("Insertion Query -----FAILED----- " + insert.error_text(), signature);
     }
+    insert.finish();
     result.db().commit();
     if (!cancelled(context))
         plugin_static_function::app_debug("ENDS", signature);
