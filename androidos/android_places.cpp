@@ -112,7 +112,7 @@ QString android_places::phone_path_in_source(const QString& phone_path) const
     return phone_path.isEmpty() ? QString() : m_source_root + phone_path.mid(phone_path.startsWith('/') ? 1 : 0);
 }
 
-QString android_places::thumbnail_path(const QString& stored_mrl, const QString& signature) const
+QString android_places::thumbnail_path(const QString& stored_mrl, int model, const QString& signature) const
 {
     if (m_full_file_system) {
         const QString path = phone_path_in_source(media_library_reader::path_of_file_mrl(stored_mrl));
@@ -131,9 +131,10 @@ QString android_places::thumbnail_path(const QString& stored_mrl, const QString&
         return external;
     if (source_path_guard::exists_inside(internal, m_source_root, signature))
         return internal;
-    // Later models keep thumbnails elsewhere in the external files folder.
+    // From model 17 the app also keeps thumbnails elsewhere in its external
+    // files folder; earlier models never wrote there.
     const QString marker = "/Android/data/org.videolan.vlc/files/";
-    const int files = mrl.indexOf(marker);
+    const int files = model >= 17 ? mrl.indexOf(marker) : -1;
     const QString elsewhere =
         files >= 0 ? m_source_root + m_external_files + mrl.mid(files + marker.size()) : QString();
     if (!elsewhere.isEmpty() && source_path_guard::exists_inside(elsewhere, m_source_root, signature))

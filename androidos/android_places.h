@@ -16,7 +16,7 @@ public:
     void set_database(const QString& database) { m_database = database; }
 
     QString media_path(const QString& mrl) const override;
-    QString thumbnail_path(const QString& mrl, const QString& signature) const override;
+    QString thumbnail_path(const QString& mrl, int model, const QString& signature) const override;
 
 private:
     void use_backup_layout();

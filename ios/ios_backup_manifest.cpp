@@ -66,7 +66,7 @@ ios_backup_manifest ios_backup_manifest::read(const QString& backup_root, const 
     manifest.m_state = state::unreadable;
     if (!source_path_guard::exists_inside(path, backup_root, signature))
         return manifest;
-    const QString copy = media_library_reader::checked_working_copy(path, helper, signature);
+    const QString copy = media_library_reader::checked_working_copy(path, backup_root, helper, signature);
     if (copy.isEmpty() || !QFileInfo(copy).isFile())
         return manifest;
     manifest.read_rows(copy, domains, signature);

@@ -28,7 +28,7 @@ QString ios_places::media_path(const QString& mrl) const
     return relative.isEmpty() ? m_source_root + path.mid(1) : m_app.path_of(relative, m_signature);
 }
 
-QString ios_places::thumbnail_path(const QString& mrl, const QString& signature) const
+QString ios_places::thumbnail_path(const QString& mrl, int, const QString& signature) const
 {
     // The database names a thumbnail by its full path, or by its place in
     // the media library's folder.

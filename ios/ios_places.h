@@ -15,7 +15,7 @@ public:
     ios_places(const QString& source_root, const ios_app_files& app, const QString& signature);
 
     QString media_path(const QString& mrl) const override;
-    QString thumbnail_path(const QString& mrl, const QString& signature) const override;
+    QString thumbnail_path(const QString& mrl, int model, const QString& signature) const override;
 
     // The part of a phone path inside the app's data container, a relative
     // path as it is; empty for a path elsewhere.

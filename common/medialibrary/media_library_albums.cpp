@@ -29,6 +29,14 @@ QString album_title(const prepared_statement& album)
     return album.is_null(title) ? QStringLiteral("Unknown Album") : album.text(title);
 }
 
+// The tracks' paths joined: an album with tracks keeps the empty text even
+// when none of them has a path; one without tracks keeps none (NULL).
+QString joined_paths(const QStringList& paths)
+{
+    const QString joined = paths.join(k_separator);
+    return paths.isEmpty() || !joined.isNull() ? joined : QString(0, QChar());
+}
+
 }  // namespace
 
 bool media_library_reader::insert_album_art_rows(media_library_run& run)
@@ -87,7 +95,7 @@ bool media_library_reader::insert_album_rows(media_library_run& run)
                                     artist,
                                     plugin_static_function::duration_text_from_milliseconds(album.text(duration)),
                                     export_paths.value(0),
-                                    export_paths.join(k_separator),
+                                    joined_paths(export_paths),
                                     source_file,
                                     m_context.os_scheme_display,
                                     plugin_static_function::get_source_count_name()};

@@ -173,7 +173,7 @@ QString media_library_reader::get_thumbnail_path(QString thumbnail_id, media_lib
     QString mrl = found ? rows->text(0) : QString();
     rows->finish();
 
-    const QString path = found ? m_places.thumbnail_path(mrl, signature) : QString();
+    const QString path = found ? m_places.thumbnail_path(mrl, m_shape.model(), signature) : QString();
     m_thumbnail_path_cache.insert(thumbnail_id, path);
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return path;
@@ -188,7 +188,7 @@ QString media_library_reader::thumbnail_of(const QString& reference, bool mrl_in
         return QString();
     auto cached = m_thumbnail_path_cache.constFind(reference);
     if (cached == m_thumbnail_path_cache.constEnd())
-        cached = m_thumbnail_path_cache.insert(reference, m_places.thumbnail_path(reference, signature));
+        cached = m_thumbnail_path_cache.insert(reference, m_places.thumbnail_path(reference, m_shape.model(), signature));
     return cached.value();
 }
 

@@ -1,8 +1,6 @@
 // The media library table: one row per Media row of the media database,
 // enriched with its file, tracks, album, artist, playlists and thumbnail.
 
-#include <QFileInfo>
-
 #include "media_library_query.h"
 #include "media_library_reader.h"
 #include "media_library_run.h"
@@ -24,13 +22,6 @@ const QString k_insert =
 QString yes_unless_zero(const QString& value)
 {
     return value == "0" ? "NO" : "YES";
-}
-
-// The database's file name; where it has none, the last part of the file's
-// path (a file on a memory card, say, that the extraction does not hold).
-QString file_name_of(const QString& filename, const QString& full_path)
-{
-    return filename.isEmpty() && !full_path.isEmpty() ? QFileInfo(full_path).fileName() : filename;
 }
 
 // Where playback stopped: the fraction played (progress, later
@@ -130,7 +121,7 @@ bool media_library_reader::insert_media_library_rows(media_library_run& run)
             media.is_null(3) ? QString() : plugin_static_function::duration_text_from_milliseconds(media.text(3));
 
         values.clear();
-        values << file_name_of(media.text(11), full_path) << relative_path << file_size << file_exist
+        values << media.text(11) << relative_path << file_size << file_exist
                << (is_video ? "Video" : "Audio") << suffix << media.text(10) << playlists << duration << artist
                << relative_thumbnail << media.text(4) << yes_unless_zero(media.text(12))
                << yes_unless_zero(media.text(13)) << removable << external << album.album_title << audio.codec

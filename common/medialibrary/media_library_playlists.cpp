@@ -1,8 +1,6 @@
 // The playlists table: one row per media item of every playlist in the media
 // database.
 
-#include <QFileInfo>
-
 #include "media_library_query.h"
 #include "media_library_reader.h"
 #include "media_library_run.h"
@@ -50,8 +48,6 @@ bool media_library_reader::insert_playlist_rows(media_library_run& run)
             QString file_name = media.file_name;
             if (file_name.endsWith(k_separator))
                 file_name.chop(k_separator.size());
-            if (file_name.isEmpty() && !file.file_path.isEmpty())
-                file_name = QFileInfo(file.file_path).fileName();
             const QString relative_path = below_root(file.file_path);
             const QStringList values = {name,
                                         file_name,

@@ -96,11 +96,11 @@ void media_library_reader::run_table(const QString& signature, QString media_lib
     const auto copy = [this, &signature] {
         if (!m_copy_made) {
             m_copy_made = true;
-            m_copy = checked_working_copy(m_database, m_context.helper, signature);
+            m_copy = checked_working_copy(m_database, m_context.source_root, m_context.helper, signature);
         }
         return m_copy;
     };
-    if (!run.open(m_database, m_context.source_root, copy))
+    if (!run.open(m_database, copy))
         return;
     if (!m_shape_read)
         read_database_shape(run.source());
@@ -111,8 +111,8 @@ void media_library_reader::run_table(const QString& signature, QString media_lib
         run.finish();
 }
 
-QString media_library_reader::checked_working_copy(const QString& database, plugin_helper_functions* helper,
-                                                   const QString& signature)
+QString media_library_reader::checked_working_copy(const QString& database, const QString& source_root,
+                                                   plugin_helper_functions* helper, const QString& signature)
 {
     if (!helper)
         return QString();
@@ -121,7 +121,7 @@ QString media_library_reader::checked_working_copy(const QString& database, plug
         plugin_static_function::app_debug("no working copy of the database, " + refusal + ": " + database, signature);
         return QString();
     }
-    return helper->get_adhoc_path_for_database(database);
+    return helper->get_adhoc_path_for_database(database, source_root);
 }
 
 void media_library_reader::read_database_shape(const QSqlDatabase& source)

@@ -57,8 +57,9 @@ public:
     // Full path on the source of the file an mrl names; empty for a stream.
     virtual QString media_path(const QString& mrl) const = 0;
     // The thumbnail file an mrl names when it is on the source (each look
-    // goes through the source-path guard with the caller's signature).
-    virtual QString thumbnail_path(const QString& mrl, const QString& signature) const = 0;
+    // goes through the source-path guard with the caller's signature); the
+    // database's model tells which folders the app wrote to.
+    virtual QString thumbnail_path(const QString& mrl, int model, const QString& signature) const = 0;
 };
 
 struct media_library_context
@@ -95,11 +96,12 @@ public:
     static QString position_text(double fraction, qint64 time_ms, qint64 duration_ms);
     // The rows' form of a path on the source: the root cut off, with a leading "/".
     static QString path_below_root(const QString& path, const QString& source_root);
-    // A working copy of an SQLite database of the evidence, made only when the
-    // file is one and the output has room for it; else nothing, with the
-    // reason logged under the signature.
-    static QString checked_working_copy(const QString& database, plugin_helper_functions* helper,
-                                        const QString& signature);
+    // A working copy of an SQLite database of the evidence (its -wal and -shm
+    // along where they stay inside source_root), made only when the file is
+    // one and the output has room for it; else nothing, with the reason
+    // logged under the signature.
+    static QString checked_working_copy(const QString& database, const QString& source_root,
+                                        plugin_helper_functions* helper, const QString& signature);
     // The decoded path of a file mrl (or of a plain path); empty for a stream
     // (http://, smb://, ...), which has no file.
     static QString path_of_file_mrl(const QString& mrl);

@@ -3,7 +3,6 @@
 #include <QFileInfo>
 
 #include "plugin_static_function.h"
-#include "source_path_guard.h"
 
 #include <QSqlQuery>
 
@@ -19,16 +18,14 @@ media_library_run::~media_library_run()
     close();
 }
 
-bool media_library_run::open(const QString& source_path, const QString& source_root,
-                             const std::function<QString()>& working_copy)
+bool media_library_run::open(const QString& source_path, const std::function<QString()>& working_copy)
 {
     plugin_static_function::app_debug("START", m_signature);
     if (source_path.isEmpty() || !QFileInfo::exists(source_path))
         return false;
-    if (!companions_inside(source_path, source_root))
-        return false;
 
-    // The evidence is only ever opened through this copy (with its -wal and -shm).
+    // The evidence is only ever opened through this copy, with its -wal and
+    // -shm where they stay inside the source.
     const QString copy = working_copy();
     if (copy.isEmpty() || !QFileInfo::exists(copy) || QFileInfo(copy).isDir())
         return false;
@@ -101,18 +98,6 @@ qint64 media_library_run::row_ceiling(const QString& select_statement)
     // Too damaged to count: no row of a table takes less than four bytes of
     // its file.
     return QFileInfo(source_name()).size() / 4;
-}
-
-bool media_library_run::companions_inside(const QString& source_path, const QString& source_root) const
-{
-    // The working copy takes the -wal and -shm beside the database along; one
-    // that links out of the source would be read from there.
-    for (const char* suffix : {"-wal", "-shm"}) {
-        const QString companion = source_path + suffix;
-        if (!source_path_guard::allow(companion, source_root, m_signature))
-            return false;
-    }
-    return true;
 }
 
 void media_library_run::tune_source_cache()

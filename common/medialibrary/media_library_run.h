@@ -29,7 +29,7 @@ public:
     // Logs the start, then takes the working copy (made by working_copy, once
     // a run) and opens it; false (with the failure logged) when there is
     // nothing to read.
-    bool open(const QString& source_path, const QString& source_root, const std::function<QString()>& working_copy);
+    bool open(const QString& source_path, const std::function<QString()>& working_copy);
     // Runs the reader's main statement on the open copy; false (logged) when
     // it failed.
     bool select(const QString& select_statement);
@@ -64,7 +64,6 @@ public:
 
 private:
     static constexpr int k_source_cache_kib = 64 * 1024;
-    bool companions_inside(const QString& source_path, const QString& source_root) const;
     void tune_source_cache();
     void watch_source_statements();
     static int over_row_limit(void* run);

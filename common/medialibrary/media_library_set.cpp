@@ -47,7 +47,7 @@ QString desktop_media_places::media_path(const QString& mrl) const
     return m_source_root + path;
 }
 
-QString desktop_media_places::thumbnail_path(const QString& mrl, const QString& signature) const
+QString desktop_media_places::thumbnail_path(const QString& mrl, int, const QString& signature) const
 {
     // A thumbnail the player made is named by its place in the storage folder.
     const QString path = media_library_reader::path_of_file_mrl(mrl);

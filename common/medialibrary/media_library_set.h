@@ -33,7 +33,7 @@ public:
     desktop_media_places(const QString& source_root, const QString& database);
 
     QString media_path(const QString& mrl) const override;
-    QString thumbnail_path(const QString& mrl, const QString& signature) const override;
+    QString thumbnail_path(const QString& mrl, int model, const QString& signature) const override;
 
 private:
     QString m_source_root;
