@@ -120,7 +120,9 @@ void extract_core_data_library(const media_library_context& context, const media
 {
     const QString signature = "void " + context.owner + "::extract_media_library_store(QString)";
     media_library_run run(signature, context.result_db_path);
-    const auto copy = [&] { return media_library_reader::checked_working_copy(store_path, context.source_root, context.helper, signature); };
+    const auto copy = [&] {
+        return media_library_reader::checked_working_copy(store_path, context.source_root, context.helper, signature);
+    };
     if (!run.open(store_path, copy))
         return;
     QStringList missing;

@@ -188,7 +188,8 @@ QString media_library_reader::thumbnail_of(const QString& reference, bool mrl_in
         return QString();
     auto cached = m_thumbnail_path_cache.constFind(reference);
     if (cached == m_thumbnail_path_cache.constEnd())
-        cached = m_thumbnail_path_cache.insert(reference, m_places.thumbnail_path(reference, m_shape.model(), signature));
+        cached = m_thumbnail_path_cache.insert(reference,
+                                               m_places.thumbnail_path(reference, m_shape.model(), signature));
     return cached.value();
 }
 
