@@ -55,6 +55,16 @@ void extractor_base::finish_table()
     emit_tabs_signal(tabs_processed_count);
 }
 
+void extractor_base::run_selected_tables(const QList<QPair<QString, std::function<void()>>>& tables)
+{
+    for (const auto& table : tables) {
+        if (!is_table_selected(table.first))
+            continue;
+        table.second();
+        finish_table();
+    }
+}
+
 QStringList extractor_base::distinct_non_empty(const QStringList& names)
 {
     QStringList kept;
@@ -79,10 +89,28 @@ QStringList extractor_base::account_names(const struct_GLOBAL_COMMON_QUARL_AND_A
 
 QString extractor_base::path_below_root(const QString& path) const
 {
-    QString below = path.trimmed();
-    if (below.startsWith(source_root))
-        below.remove(0, source_root.size());
-    if (!below.isEmpty() && !below.startsWith('/'))
-        below.prepend('/');
-    return below;
+    return media_library_reader::path_below_root(path, source_root);
+}
+
+media_library_context extractor_base::reader_context(const QString& owner, const QString& user)
+{
+    media_library_context context;
+    context.owner = owner;
+    context.source_root = source_root;
+    context.source_type = source_type;
+    context.os_scheme_display = os_scheme_display;
+    context.result_db_path = destination_db_path;
+    context.system_user = user;
+    context.helper = helper_obj;
+    context.cancel_requested = &cancel_requested;
+    context.count_row = [this] { count_inserted_row(); };
+    return context;
+}
+
+void extractor_base::open_desktop_media_libraries(const QString& owner)
+{
+    desktop_media_libraries.clear();
+    for (const auto& database : desktop_media_library_files)
+        desktop_media_libraries.add(std::make_unique<desktop_media_places>(source_root, database.second),
+                                    reader_context(owner, database.first), database.second);
 }

@@ -6,12 +6,16 @@
 // written once, here.
 
 #include <QElapsedTimer>
+#include <QPair>
 #include <QList>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
 
+#include <functional>
+
 #include "host_context_records.h"
+#include "media_library_set.h"
 
 class plugin_helper_functions;
 
@@ -43,6 +47,8 @@ protected:
     void count_inserted_row();
     // After a table: report the count, then one more tab done.
     void finish_table();
+    // Runs each selected table of the list, in the list's order, and counts it.
+    void run_selected_tables(const QList<QPair<QString, std::function<void()>>>& tables);
 
     // Account names in order, without duplicates (first kept) or empties.
     static QStringList distinct_non_empty(const QStringList& names);
@@ -52,6 +58,17 @@ protected:
     // A path on the source as rows show it: the root cut off, with a leading
     // "/"; an empty path stays empty.
     QString path_below_root(const QString& path) const;
+    // What a media-library reader of this extractor works with; owner is the
+    // class its log lines name, user the account of the database, if any.
+    media_library_context reader_context(const QString& owner, const QString& user = QString());
+    // The desktop player 4's media-library databases that discovery found,
+    // each with a reader for the run (owner as for reader_context).
+    void open_desktop_media_libraries(const QString& owner);
+    // One table of every one of them.
+    void run_desktop_media_libraries(void (media_library_reader::*table)())
+    {
+        desktop_media_libraries.run(table, cancel_requested);
+    }
 
     qint64 record_count = 0;
     int tabs_processed_count = 0;
@@ -69,4 +86,7 @@ protected:
     bool cancel_requested = false;
     int source_count = 0;
     QStringList user_names;
+    // Account and path of each desktop media-library database found.
+    QList<QPair<QString, QString>> desktop_media_library_files;
+    media_library_set desktop_media_libraries;
 };

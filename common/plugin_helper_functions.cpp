@@ -6,6 +6,7 @@
 #include "media_extension_lists.h"
 #include "plugin_static_function.h"
 #include "source_path_guard.h"
+#include "sparse_file_copy.h"
 
 namespace {
 constexpr int k_bucket_count = 36;  // ten digits and 26 letters
@@ -40,13 +41,13 @@ void plugin_helper_functions::set_adhoc_parent_path(QString path)
 namespace {
 
 // Copies a file from the evidence to the working-copy folder; the evidence is
-// only opened for reading. The copy is made writable for its owner even when
-// the evidence was read-only, so that SQLite can replay a write-ahead log on it.
-// Only a regular file is copied: opening a named pipe in the evidence would
-// wait for a writer for ever.
+// only opened for reading, and the holes of a sparse file are not filled. The
+// copy is made writable for its owner even when the evidence was read-only,
+// so that SQLite can replay a write-ahead log on it. Only a regular file is
+// copied: opening a named pipe in the evidence would wait for a writer for ever.
 bool copy_evidence_file(const QString& from, const QString& to)
 {
-    if (!QFileInfo(from).isFile() || !QFile::copy(from, to))
+    if (!QFileInfo(from).isFile() || !sparse_file_copy::copy(from, to))
         return false;
     QFile::setPermissions(to, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     return true;

@@ -64,8 +64,11 @@ int main(int argc, char** argv)
     const QString macos = trees.filePath("macos");
     const QString windows = trees.filePath("windows");
     const QString android = trees.filePath("android");
+    const QString ios = trees.filePath("ios");
+    const QString ios_backup = trees.filePath("ios_backup");
     if (!write_tree(macos, write_macos_sample_tree) || !write_tree(windows, write_windows_sample_tree)
-        || !write_tree(android, write_android_sample_tree))
+        || !write_tree(android, write_android_sample_tree) || !write_tree(ios, write_ios_sample_tree)
+        || !write_tree(ios_backup, write_ios_backup_sample_tree))
         return 1;
     const QString shared = tree_writer::shared_fixtures_dir();
 
@@ -118,8 +121,17 @@ int main(int argc, char** argv)
     databases.add_files(android, {"vlc_media.db"});
     databases.add_files(shared + "/android/schemas", {"*.db"});
 
+    databases.add_files(ios, {"medialibrary.db"});
+    databases.add_files(macos, {"ml.db"});
+
+    corpus manifests{out + "/fuzz_ios_backup_manifest"};
+    manifests.add_files(ios_backup, {"Manifest.db"});
+
+    corpus app_files{out + "/fuzz_ios_app_files"};
+    app_files.add_files(ios, {"org.videolan.vlc-ios.plist", "MediaLibrary.sqlite"});
+
     for (const corpus* c : {&media_library, &playlists, &podcasts, &plists, &links, &compound, &destinations, &settings,
-                            &databases})
+                            &databases, &manifests, &app_files})
         std::printf("%-40s %d seeds\n", qPrintable(QDir(c->folder).dirName()), c->written);
     return 0;
 }

@@ -12,6 +12,11 @@ bool has_dir(const QDir& root, const QString& relative)
     return QFileInfo(root.filePath(relative)).isDir();
 }
 
+bool has_file(const QDir& root, const QString& relative)
+{
+    return QFileInfo(root.filePath(relative)).isFile();
+}
+
 // True when some folder under Users/ holds the given relative path.
 bool any_user_has(const QDir& root, const QString& relative)
 {
@@ -33,6 +38,12 @@ QString detect_os_scheme(const QString& source_root)
     if (has_dir(root, "apps/org.videolan.vlc") || has_dir(root, "data/data/org.videolan.vlc")
         || (has_dir(root, "apps") && has_dir(root, "shared")))
         return "androidOS";
+    // An iOS backup folder has its manifest at the top; a full file-system
+    // extraction has the apps' containers (with or without "private/").
+    if (has_file(root, "Manifest.db") || has_file(root, "Manifest.plist")
+        || has_dir(root, "private/var/mobile/Containers") || has_dir(root, "var/mobile/Containers")
+        || has_file(root, ".com.apple.mobile_container_manager.metadata.plist"))
+        return "iOS_UID";
     if (any_user_has(root, "AppData") || has_dir(root, "Windows/System32"))
         return "winOS";
     if (any_user_has(root, "Library") || has_dir(root, "System/Library"))

@@ -7,7 +7,7 @@
 
 namespace source_layout {
 
-// "macOS", "winOS" or "androidOS"; empty when the layout does not say.
+// "macOS", "winOS", "androidOS" or "iOS_UID"; empty when the layout does not say.
 QString detect_os_scheme(const QString& source_root);
 
 // Account folders under the source's users root (macOS and Windows): every

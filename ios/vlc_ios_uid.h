@@ -1,9 +1,19 @@
 #pragma once
 
-// Extractor of an iOS backup. A stub: it accepts the whole context and finds and
-// extracts nothing, so an iOS run reports only the count it was handed.
+// Extractor of an iOS source: a full file-system extraction, where the app's
+// data container is found by its container metadata, or a backup folder,
+// where the app's domain is found through the backup's manifest. The app's
+// media-library database fills media_library, album_art, album and
+// playlists (as on Android), the Core Data store of older versions adds to
+// media_library, and the preferences' recent network addresses fill recents.
+// The host's backup parser is accepted and not needed: the backup folder is
+// read directly.
+
+#include <vector>
 
 #include "extractor_base.h"
+#include "ios_app_files.h"
+#include "media_library_set.h"
 
 class vlc_ios_uid : public extractor_base
 {
@@ -43,5 +53,21 @@ protected:
     void extract_plugin_artifacts() override;
 
 private:
+    // The app's folders: its data containers (or its backup domain) and its
+    // app-group containers.
+    void find_containers(const QString& containers, const QString& kind, const QString& identifier,
+                         std::vector<ios_app_files>* found);
+    bool is_container_of(const QString& folder, const QString& identifier);
+    void read_backup_manifest();
+    // The existing files among the given names relative to the folders.
+    QStringList existing(const std::vector<ios_app_files>& folders, const QStringList& names);
+    void extract_core_data_stores();
+    void extract_recents();
+
     ios_uid_backup_parser* ios_backup_parser = nullptr;  // stored, never used
+    bool backup_layout = false;
+    std::vector<ios_app_files> apps;
+    std::vector<ios_app_files> groups;
+    QStringList found_containers;  // canonical paths
+    media_library_set libraries;
 };

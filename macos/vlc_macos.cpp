@@ -24,6 +24,7 @@ const QList<QString> k_fixed_attributes = {
     "org_bittorrent_torrent_filenames"};
 
 const QString k_library_file = "/Library/Application Support/org.videolan.vlc/ml.xspf";
+const QString k_library_database = "/Library/Application Support/org.videolan.vlc/ml/ml.db";
 const QString k_configuration_file = "/Library/Preferences/org.videolan.vlc/vlcrc";
 const QString k_recents_plist = "/Library/Preferences/org.videolan.vlc.LSSharedFileList.plist";
 const QString k_recents_sfl = "/Library/Application Support/com.apple.sharedfilelist/"
@@ -74,9 +75,13 @@ void vlc_macos::find_source_file()
     configuration_files.clear();
     recent_document_files.clear();
     preference_files.clear();
+    desktop_media_library_files.clear();
     for (const QString& user : user_names) {
         const QString home = users_root + user;
         add_if_inside(media_library_files, home + k_library_file);
+        // The player 4 keeps a media-library database beside the playlist.
+        if (source_path_guard::exists_inside(home + k_library_database, source_root, sig_find_source_file))
+            desktop_media_library_files.append({user, home + k_library_database});
         add_if_inside(configuration_files, home + k_configuration_file);
         // The older list in the preferences folder wins over the newer archive.
         const int before = recent_document_files.size();
@@ -94,8 +99,10 @@ void vlc_macos::extract_plugin_artifacts()
     source_path_guard::reset_log();
     folder_sizes.clear();
     if (extraction_allowed()) {
+        open_desktop_media_libraries("vlc_macos");
         if (is_table_selected("media_library")) {
             extract_media_library();
+            run_desktop_media_libraries(&media_library_reader::extract_media_library);
             finish_table();
         }
         if (is_table_selected("podcasts")) {
@@ -114,6 +121,13 @@ void vlc_macos::extract_plugin_artifacts()
                 return;
             finish_table();
         }
+        // The tables only the player 4's database fills.
+        run_selected_tables({
+            {"album_art", [this] { run_desktop_media_libraries(&media_library_reader::extract_album_art); }},
+            {"album", [this] { run_desktop_media_libraries(&media_library_reader::extract_album); }},
+            {"playlists", [this] { run_desktop_media_libraries(&media_library_reader::extract_playlist); }},
+        });
+        desktop_media_libraries.clear();
     }
     plugin_static_function::app_debug("[extract_plugin_artifacts] ends", sig_extract_plugin_artifacts);
 }

@@ -38,7 +38,9 @@ void vlc_winos::find_source_file()
     preference_file_list.clear();
     jump_list_folder_list.clear();
     interface_settings_file_list.clear();
+    desktop_media_library_files.clear();
 
+    QStringList media_library_databases;
     const struct
     {
         const char* suffix;
@@ -47,6 +49,7 @@ void vlc_winos::find_source_file()
         {"/AppData/Roaming/vlc/art", &art_folder_list},
         {"/AppData/Roaming/vlc/vlcrc", &preference_file_list},
         {"/AppData/Roaming/Microsoft/Windows/Recent/AutomaticDestinations", &jump_list_folder_list},
+        {"/AppData/Roaming/vlc/ml/ml.db", &media_library_databases},
     };
     for (const QString& user : user_names) {
         for (const auto& candidate : candidates) {
@@ -63,6 +66,8 @@ void vlc_winos::find_source_file()
         const QString settings = source_root + "Users/" + user + "/AppData/Roaming/vlc/vlc-qt-interface.ini";
         if (source_path_guard::exists_inside(settings, source_root, sig_find))
             interface_settings_file_list.append(settings);
+        if (!media_library_databases.isEmpty())
+            desktop_media_library_files.append({user, media_library_databases.takeFirst()});
     }
     plugin_static_function::app_debug("[find_source_file]---ENDS---", sig_find);
 }
@@ -105,23 +110,32 @@ void vlc_winos::extract_plugin_artifacts()
 {
     plugin_static_function::app_debug("[extract_plugins_artifacts]---STARTS---", sig_driver);
     if (extraction_allowed()) {
+        // The player 4's database of each account adds to the tables it shares.
+        open_desktop_media_libraries("vlc_winos");
         // Fixed order: playlists read what the recents run collected.
         const struct
         {
             const char* table;
             void (vlc_winos::*run)();
+            void (media_library_reader::*database_table)();
         } steps[] = {
-            {"recents", &vlc_winos::extract_recents},
-            {"playlists", &vlc_winos::extract_playlists},
-            {"album_art", &vlc_winos::album_arts_artifacts},
-            {"podcasts", &vlc_winos::extract_podcasts_vlc},
+            {"recents", &vlc_winos::extract_recents, nullptr},
+            {"playlists", &vlc_winos::extract_playlists, &media_library_reader::extract_playlist},
+            {"album_art", &vlc_winos::album_arts_artifacts, &media_library_reader::extract_album_art},
+            {"podcasts", &vlc_winos::extract_podcasts_vlc, nullptr},
+            {"media_library", nullptr, &media_library_reader::extract_media_library},
+            {"album", nullptr, &media_library_reader::extract_album},
         };
         for (const auto& step : steps) {
             if (!is_table_selected(step.table))
                 continue;
-            (this->*step.run)();
+            if (step.run)
+                (this->*step.run)();
+            if (step.database_table)
+                run_desktop_media_libraries(step.database_table);
             finish_table();
         }
+        desktop_media_libraries.clear();
     }
     plugin_static_function::app_debug("[extract_plugins_artifacts]---ENDS---", sig_driver);
 }

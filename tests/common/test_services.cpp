@@ -19,6 +19,7 @@
 #include <functional>
 
 #include "android_media_db_writer.h"
+#include "android_places.h"
 #include "bounded_file_reader.h"
 #include "debug_log_capture.h"
 #include "encryptor_string.h"
@@ -28,6 +29,7 @@
 #include "plist_writer.h"
 #include "plugin_helper_functions.h"
 #include "source_path_guard.h"
+#include "sparse_file_copy.h"
 #include "tree_writer.h"
 
 namespace {
@@ -107,6 +109,19 @@ QString user_of(const QString& path, const QString& prefix)
     return user;
 }
 
+// Where an mrl leads on an Android source of either layout ("backup" or
+// "full"), below the root; the layouts are told from what the root holds.
+QString android_place(const QString& layout, const QString& mrl)
+{
+    static QTemporaryDir backup, full;
+    static const bool written = tree_writer::write_entries(backup.path(), {{"apps/org.videolan.vlc/r/app_db/vlc_media.db", "x"}}, nullptr)
+                                && tree_writer::write_entries(full.path(), {{"data/media/0", {}, kind::folder}}, nullptr);
+    const QString root = (layout == "full" ? full.path() : backup.path()) + "/";
+    android_places places;
+    places.find_layout(root);
+    return written ? places.media_path(mrl).replace(root, "<root>/") : QString("not written");
+}
+
 QString log_line(int engine, const QString& function)
 {
     debug_log_capture log(engine);
@@ -141,6 +156,7 @@ const QMap<QString, std::function<QString(arguments)>> k_converters = {
     {"bplist", [](arguments a) { return plist_reader(plist_writer::format::binary, a[0], a[1]); }},
     {"xplist", [](arguments a) { return plist_reader(plist_writer::format::xml, a[0], a[1]); }},
     {"log", [](arguments a) { return log_line(a[0].toInt(), a[1]); }},
+    {"android place", [](arguments a) { return android_place(a[0], a[1]); }},
 };
 
 const QString H = "macOS_Home_Directory";
@@ -192,6 +208,12 @@ const struct
     {"xplist", {"string|text", "number|negative", "yes/no|no", "labelled|list"}},
     {"log", {"0|void vlc::create_db_tables()", "1|virtual void vlc::pub_extract_artifacts()",
              "2|static QStringList plugin_static_function::f(QString, QString)", "-1|  vlc::vlc(QWidget*)  ", "7|   "}},
+    // Shared storage under every name the phone gives it; a memory card, which a backup does not hold.
+    {"android place", {"backup|file:///storage/emulated/0/Music/a%20b.mp3", "backup|file:///sdcard/Music/a.mp3",
+                       "backup|file:///mnt/sdcard/Download/b.ogg", "backup|file:///storage/1A2B-3C4D/Music/c.mp3",
+                       "full|file:///sdcard/Music/a.mp3", "full|/mnt/sdcard/Music/a.mp3",
+                       "full|file:///data/user/0/org.videolan.vlc/app_vlc/t.jpg", "full|file:///storage/1A2B-3C4D/c.mp3",
+                       "full|http://example.com/a.mp3"}},
     // Rows read through every family, values bound verbatim; failures
     // reported in lines that differ by family; nothing written then.
     {"exec by path", {"INSERT INTO people (id, name) VALUES (3, 'carl')", "INSERT INTO nowhere VALUES (1)"}},
@@ -460,6 +482,10 @@ private slots:
             text += QString("read %1 %2: %3 %4 %5\n").arg(name).arg(cap).arg(read.opened).arg(read.data.size()).arg(read.truncated);
         }
         QVERIFY(bounded_file_reader::read(base + "/reads/big").data.startsWith("[core]\n"));
+        // A copy keeps the holes of a file that claims far more than it holds.
+        const bool copied = sparse_file_copy::copy(base + "/reads/big", base + "/big_copy");
+        text += QString("sparse copy %1: %2 bytes, below 1 MiB on disk %3\n").arg(copied).arg(QFileInfo(base + "/big_copy").size())
+                    .arg(sparse_file_copy::allocated_size(base + "/big_copy") < (1 << 20));
         auto reading = std::async(std::launch::async, [&] { return bounded_file_reader::read(base + "/reads/pipe"); });
         const bool returned = reading.wait_for(std::chrono::seconds(30)) == std::future_status::ready;
         if (!returned)  // release the reader so that the test can report

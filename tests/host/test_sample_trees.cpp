@@ -13,6 +13,7 @@
 
 #include "android_media_db_writer.h"
 #include "compound_file_writer.h"
+#include "plist_writer.h"
 #include "sample_trees.h"
 #include "shell_link_writer.h"
 #include "test_support.h"
@@ -31,6 +32,12 @@ const QStringList k_volatile = {"date_added", "fs_creation_date", "fs_content_ch
 const QStringList k_outside_only = {"271828", "1234567890", "canary_entry", "canary-podcast",
                                     "canary_jump", "canary_library", "canary_art"};
 const QString k_backup_db = "evidence/apps/org.videolan.vlc/r/app_db/vlc_media.db";
+// The databases a variant's SQL changes, by the kind of change.
+const QMap<QString, QString> k_databases = {
+    {"sql", k_backup_db},
+    {"sql38", "evidence/data/data/org.videolan.vlc/app_db/vlc_media.db"},
+    {"sql store", "evidence/private/var/mobile/Containers/Shared/AppGroup/0F6E2B9C-3A1D-4C7E-8B5F-2D9A4E6C1B83/"
+                  "MediaLibrary.sqlite"}};
 
 void set_writable(const QString& root, bool writable)
 {
@@ -110,21 +117,24 @@ bool damage(const QString& base, const QString& what)
     const QString db = base + "/" + k_backup_db;
     const QString kind = what.section(':', 0, 0);
     const QString detail = what.section(':', 1);
-    if (kind == "sql")
-        return run_sql(db, detail.split(';'));
-    if (kind == "sql38")
-        return run_sql(base + "/evidence/data/data/org.videolan.vlc/app_db/vlc_media.db", detail.split(';'));
+    if (k_databases.contains(kind))
+        return run_sql(base + "/" + k_databases.value(kind), detail.split(';'));
     if (kind == "out of order")
         return run_sql(db, {"PRAGMA journal_mode=DELETE"}) && put_albums_out_of_order(db);
     if (kind == "truncate")
         return run_sql(db, {"PRAGMA journal_mode=DELETE"}) && tree_writer::write_file(db, tree_writer::read_file(db).left(3 * 4096 + 100));
-    if (kind == "replace" || kind == "noise") {
-        QByteArray noise(64 * 1024, '\0');
-        for (int i = 0; i < noise.size(); ++i)
-            noise[i] = char((i * 7919 + 13) % 251);
+    QByteArray noise(64 * 1024, '\0');
+    for (int i = 0; i < noise.size(); ++i)
+        noise[i] = char((i * 7919 + 13) % 251);
+    if (kind == "replace" || kind == "noise")
         return QFile::remove(db + "-wal") && QFile::remove(db + "-shm")
                && tree_writer::write_file(db, kind == "noise" ? noise : detail.toUtf8());
-    }
+    // An iOS backup whose manifest is noise, told a backup by that file alone; one enciphered.
+    if (kind == "manifest noise")
+        return QFile::remove(base + "/evidence/Manifest.plist") && tree_writer::write_file(base + "/evidence/Manifest.db", noise);
+    if (kind == "encrypted")
+        return tree_writer::write_file(base + "/evidence/Manifest.plist",
+                                       plist_writer::write(QVariantMap{{"IsEncrypted", true}}, plist_writer::format::xml));
     // Media and a thumbnail whose files are links out of the image, absolute
     // and relative, to a file and to a folder.
     if (kind == "links") {
@@ -182,6 +192,11 @@ const struct
      "abs(-9223372036854775808) ELSE name END AS name, id_playlist, creation_date FROM original", {}},
     {"android", "albums out of order", "out of order", {}},
     {"android", "media and a thumbnail linked out of the image", "links", {}},
+    {"android", "shared storage named /sdcard, and a memory card",
+     "sql:INSERT INTO Media(id_media,type,title,filename,is_present) VALUES(93,2,'Sdcard','late.ogg',1),(94,1,'Mnt',"
+     "'clip.mp4',1),(95,2,'Card','card.mp3',1);INSERT INTO File(media_id,mrl,type,is_removable,is_external,is_network) "
+     "VALUES(93,'file:///sdcard/Download/late.ogg',1,0,0,0),(94,'file:///mnt/sdcard/Movies/clip.mp4',1,0,0,0),"
+     "(95,'file:///storage/1A2B-3C4D/Music/card.mp3',1,1,1,0)", {}},
     {"android", "the database linked from outside", "outside:,-wal,-shm", {}},
     {"android", "its -wal linked from outside", "outside:-wal", {}},
     {"android", "its -wal and -shm linked inside", "inside:-wal,-shm", {}},
@@ -192,6 +207,12 @@ const struct
      "File(media_id,mrl,is_removable,is_external,is_network) VALUES(90,'file:///storage/emulated/0/../../../outside/"
      "canary.mp3',0,0,0),(91,'http://radio.example/0/live.mp3',0,0,1)", {}},
     {"windows", "playlists without the recents of the same run", "", {"--tables", "playlists"}},
+    {"ios", "a Core Data store whose files kept only their address",
+     "sql store:DROP TABLE ZFILE;CREATE TABLE ZFILE (Z_PK INTEGER, ZURL TEXT);INSERT INTO ZFILE VALUES (1, "
+     "'file:///var/mobile/x.mp4')", {}},
+    {"ios", "only the album table selected", "", {"--tables", "album"}},
+    {"ios_backup", "an encrypted backup", "encrypted", {}},
+    {"ios_backup", "a manifest that is no database", "manifest noise", {}},
 };
 
 // One variant's section: its name, then its golden text.

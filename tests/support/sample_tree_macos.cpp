@@ -80,9 +80,11 @@ bool write_macos_sample_tree(const QString& root, QString* error)
         {"Users/bob" + k_preferences + "org.videolan.vlc.plist", plist_writer::write(bob_preferences, plist_writer::format::xml)},
     };
     for (const char* file : {"Users/alice/Movies/Holiday Trip – Day 1.mp4", "Users/alice/Music/song one.mp3",
-                             "Users/bob/Movies/clip.mov", "Users/bob/Music/Tom & Jerry.m4a"})
+                             "Users/bob/Movies/clip.mov", "Users/bob/Music/Tom & Jerry.m4a", "Users/bob/Music/Song.mp3"})
         files << tree_writer::entry{file, media(file)};
     const QString library = "/Library/Application Support/org.videolan.vlc/ml.xspf";
     return tree_writer::write_entries(root, files, error) && xspf_writer::write(root + "/Users/alice" + library, alice_library)
-           && xspf_writer::write(root + "/Users/bob" + library, {track("file:///Users/bob/Movies/clip.mov", "359999000", 0, {"Clip"})});
+           && xspf_writer::write(root + "/Users/bob" + library, {track("file:///Users/bob/Movies/clip.mov", "359999000", 0, {"Clip"})})
+           && write_desktop_media_database(root + "/Users/bob/Library/Application Support/org.videolan.vlc/ml/ml.db",
+                                           "file:///Users/bob/", error);
 }

@@ -125,6 +125,7 @@ bool write_windows_sample_tree(const QString& root, QString* error)
         {carol + "/Music/caf%C3%A9 bar.mp3", QByteArray(100, 'e')},
         {carol + "/My Music/a.mp3", QByteArray(512, 'm')},
         {carol + "/Videos/clip.mkv", QByteArray(8192, 'v')},
+        {carol + "/Music/Song.mp3", "song"},
         {carol + "/Music/mix.m3u", "#EXTM3U\r\n#EXTINF:215,Artist - Song One\r\nC:\\Users\\carol\\Music\\song one.mp3\r\n"
                                    "#EXTINF:3725,Long, Title\r\nC:\\Users\\carol\\Videos\\clip.mkv\r\n"},
         {carol + "/Music/unix.m3u", "#EXTM3U\n#EXTINF:10,Ten\nC:\\Users\\carol\\Music\\song one.mp3\n"},
@@ -158,5 +159,7 @@ bool write_windows_sample_tree(const QString& root, QString* error)
         // The guest account is one like any other.
         {"Users/Guest/AppData/Roaming/vlc/vlcrc", "[podcast]\npodcast-urls=http://guest.example/feed\n"},
     };
-    return tree_writer::write_entries(root, files, error) && write_party(root + "/" + carol + "/Music/party.xspf");
+    return tree_writer::write_entries(root, files, error) && write_party(root + "/" + carol + "/Music/party.xspf")
+           && write_desktop_media_database(root + "/" + carol + "/AppData/Roaming/vlc/ml/ml.db", "file:///C:/Users/carol/",
+                                           error);
 }

@@ -38,6 +38,13 @@ bool write_macos_sample_tree(const QString& root, QString* error);
 bool write_windows_sample_tree(const QString& root, QString* error);
 bool write_android_sample_tree(const QString& root, QString* error);
 bool write_ios_sample_tree(const QString& root, QString* error);
+// The demo's second iOS sample: a backup folder.
+bool write_ios_backup_sample_tree(const QString& root, QString* error);
+
+// The desktop player 4's media-library database (model 38) of one account:
+// a song and a video below the home that home_mrl names (file:///...), an
+// album whose cover lies in the storage folder beside the database, a playlist.
+bool write_desktop_media_database(const QString& path, const QString& home_mrl, QString* error);
 
 // Where an Android image keeps the app's data: an unpacked backup, or a full
 // file-system extraction with shared storage under data/media/0 or media/0.

@@ -3,10 +3,10 @@
 // prepares it, later calls only bind the new key, so a run of many rows does
 // not parse the same SQL again for each row.
 
-#include "android_query.h"
+#include "media_library_query.h"
+#include "media_library_reader.h"
 #include "plugin_static_function.h"
 #include "source_path_guard.h"
-#include "vlc_androidos.h"
 
 namespace {
 
@@ -14,8 +14,8 @@ const QString k_separator = ";++::++;";
 
 // Runs the lookup's statement with its key; on failure logs the error and the
 // statement with the caller's signature and gives nothing.
-prepared_statement* run_lookup(android_query& query, const QString& statement, const QString& key,
-                              const QString& signature)
+prepared_statement* run_lookup(media_library_query& query, const QString& statement, const QString& key,
+                               const QString& signature)
 {
     prepared_statement& prepared = query.prepared(statement);
     if (prepared.execute(key))
@@ -27,10 +27,9 @@ prepared_statement* run_lookup(android_query& query, const QString& statement, c
 
 }  // namespace
 
-struct_audio_track vlc_androidos::get_audio_track_details(QString media_id, android_query& query)
+struct_audio_track media_library_reader::get_audio_track_details(QString media_id, media_library_query& query)
 {
-    static const QString signature =
-        QStringLiteral("struct_audio_track vlc_androidos::get_audio_track_details(QString, QSqlQuery)");
+    const QString& signature = m_signatures->audio_track;
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_audio_track track;
     prepared_statement* rows = run_lookup(query, statements().audio_track, media_id, signature);
@@ -49,10 +48,9 @@ struct_audio_track vlc_androidos::get_audio_track_details(QString media_id, andr
     return track;
 }
 
-struct_video_track vlc_androidos::get_video_track_details(QString media_id, android_query& query)
+struct_video_track media_library_reader::get_video_track_details(QString media_id, media_library_query& query)
 {
-    static const QString signature =
-        QStringLiteral("struct_video_track vlc_androidos::get_video_track_details(QString, QSqlQuery)");
+    const QString& signature = m_signatures->video_track;
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_video_track track;
     prepared_statement* rows = run_lookup(query, statements().video_track, media_id, signature);
@@ -75,11 +73,10 @@ struct_video_track vlc_androidos::get_video_track_details(QString media_id, andr
     return track;
 }
 
-struct_artist vlc_androidos::get_artist_details(QString media_id, android_query& album_track_query,
-                                                android_query& album_query)
+struct_artist media_library_reader::get_artist_details(QString media_id, media_library_query& album_track_query,
+                                                       media_library_query& album_query)
 {
-    static const QString signature =
-        QStringLiteral("struct_artist vlc_androidos::get_artist_details(QString, QSqlQuery, QSqlQuery)");
+    const QString& signature = m_signatures->artist_details;
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_artist artist;
     prepared_statement* tracks = run_lookup(album_track_query, statements().album_of_media, media_id, signature);
@@ -91,8 +88,8 @@ struct_artist vlc_androidos::get_artist_details(QString media_id, android_query&
     tracks->finish();
 
     // An album's dozen tracks ask for the same album.
-    const auto cached = album_cache.constFind(album_id);
-    if (cached != album_cache.constEnd()) {
+    const auto cached = m_album_cache.constFind(album_id);
+    if (cached != m_album_cache.constEnd()) {
         plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
         return cached.value();
     }
@@ -104,16 +101,15 @@ struct_artist vlc_androidos::get_artist_details(QString media_id, android_query&
         artist.artist_id = albums->text(1);
     }
     albums->finish();
-    album_cache.insert(album_id, artist);
+    m_album_cache.insert(album_id, artist);
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return artist;
 }
 
-QString vlc_androidos::get_playlist_name(QString media_id, android_query& relation_query,
-                                         android_query& playlist_query)
+QString media_library_reader::get_playlist_name(QString media_id, media_library_query& relation_query,
+                                                media_library_query& playlist_query)
 {
-    static const QString signature =
-        QStringLiteral("QString vlc_androidos::get_playlist_name(QString, QSqlQuery, QSqlQuery)");
+    const QString& signature = m_signatures->playlist_name;
     plugin_static_function::app_debug(QStringLiteral(" Starts"), signature);
     prepared_statement* relations = run_lookup(relation_query, statements().media_playlists, media_id, signature);
     if (!relations)
@@ -126,8 +122,8 @@ QString vlc_androidos::get_playlist_name(QString media_id, android_query& relati
     QString names;
     for (const QString& playlist_id : playlist_ids) {
         // Every member of a playlist asks for the same names.
-        auto cached = playlist_names_cache.constFind(playlist_id);
-        if (cached == playlist_names_cache.constEnd()) {
+        auto cached = m_playlist_names_cache.constFind(playlist_id);
+        if (cached == m_playlist_names_cache.constEnd()) {
             prepared_statement* playlists =
                 run_lookup(playlist_query, statements().playlist_name, playlist_id, signature);
             if (!playlists)
@@ -136,7 +132,7 @@ QString vlc_androidos::get_playlist_name(QString media_id, android_query& relati
             while (playlists->next())
                 found += playlists->text(0) + k_separator;
             playlists->finish();
-            cached = playlist_names_cache.insert(playlist_id, found);
+            cached = m_playlist_names_cache.insert(playlist_id, found);
         }
         names += cached.value();
     }
@@ -146,11 +142,11 @@ QString vlc_androidos::get_playlist_name(QString media_id, android_query& relati
     return names;
 }
 
-QString vlc_androidos::get_artist_name(QString artist_id, android_query& query)
+QString media_library_reader::get_artist_name(QString artist_id, media_library_query& query)
 {
-    static const QString signature = QStringLiteral("QString vlc_androidos::get_artist_name(QString, QSqlQuery)");
-    const auto cached = artist_name_cache.constFind(artist_id);
-    if (cached != artist_name_cache.constEnd())
+    const QString& signature = m_signatures->artist_name;
+    const auto cached = m_artist_name_cache.constFind(artist_id);
+    if (cached != m_artist_name_cache.constEnd())
         return cached.value();
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     prepared_statement* rows = run_lookup(query, statements().artist_name, artist_id, signature);
@@ -158,16 +154,16 @@ QString vlc_androidos::get_artist_name(QString artist_id, android_query& query)
         return QString();
     const QString name = rows->next() ? rows->text(0) : QString();
     rows->finish();
-    artist_name_cache.insert(artist_id, name);
+    m_artist_name_cache.insert(artist_id, name);
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return name;
 }
 
-QString vlc_androidos::get_thumbnail_path(QString thumbnail_id, android_query& query)
+QString media_library_reader::get_thumbnail_path(QString thumbnail_id, media_library_query& query)
 {
-    static const QString signature = QStringLiteral("QString vlc_androidos::get_thumbnail_path(QString, QSqlQuery)");
-    const auto cached = thumbnail_path_cache.constFind(thumbnail_id);
-    if (cached != thumbnail_path_cache.constEnd())
+    const QString& signature = m_signatures->thumbnail_path;
+    const auto cached = m_thumbnail_path_cache.constFind(thumbnail_id);
+    if (cached != m_thumbnail_path_cache.constEnd())
         return cached.value();
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     prepared_statement* rows = run_lookup(query, statements().thumbnail, thumbnail_id, signature);
@@ -177,57 +173,29 @@ QString vlc_androidos::get_thumbnail_path(QString thumbnail_id, android_query& q
     QString mrl = found ? rows->text(0) : QString();
     rows->finish();
 
-    const QString path = found ? thumbnail_path_from_mrl(mrl, signature) : QString();
-    thumbnail_path_cache.insert(thumbnail_id, path);
+    const QString path = found ? m_places.thumbnail_path(mrl, m_shape.model(), signature) : QString();
+    m_thumbnail_path_cache.insert(thumbnail_id, path);
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);
     return path;
 }
 
-QString vlc_androidos::thumbnail_path_from_mrl(QString mrl, const QString& signature) const
-{
-    if (full_file_system) {
-        const QString path = phone_path_in_source(phone_path_of_mrl(mrl));
-        return source_path_guard::exists_inside(path, source_root, signature) ? path : QString();
-    }
-    mrl.replace("%20", " ").replace("%2C", ",").replace("%29", ")").replace("%28", "(");
-    // The app writes thumbnails either to its external files folder (ef/
-    // beside r/ in the backup) or to its private app_vlc folder.
-    const int thumbs = mrl.indexOf("thumbs");
-    const QString app_folder = media_library_source.left(media_library_source.indexOf("/r/"));
-    const QString external = app_folder + "/ef/" + (thumbs >= 0 ? mrl.mid(thumbs) : mrl);
-    const int app_vlc = mrl.indexOf("app_vlc");
-    const QString internal = source_root + private_folder + (app_vlc >= 0 ? mrl.mid(app_vlc) : mrl);
-    if (source_path_guard::exists_inside(external, source_root, signature))
-        return external;
-    if (source_path_guard::exists_inside(internal, source_root, signature))
-        return internal;
-    // From model 17 the app also keeps thumbnails elsewhere in its external
-    // files folder; earlier models never wrote there.
-    const QString marker = "/Android/data/org.videolan.vlc/files/";
-    const int files = database_shape.model() >= 17 ? mrl.indexOf(marker) : -1;
-    const QString elsewhere = files >= 0 ? source_root + external_files + mrl.mid(files + marker.size()) : QString();
-    if (!elsewhere.isEmpty() && source_path_guard::exists_inside(elsewhere, source_root, signature))
-        return elsewhere;
-    return QString();
-}
-
-QString vlc_androidos::thumbnail_of(const QString& reference, bool mrl_in_row, android_query& query)
+QString media_library_reader::thumbnail_of(const QString& reference, bool mrl_in_row, media_library_query& query)
 {
     if (!mrl_in_row)
         return get_thumbnail_path(reference, query);
-    static const QString signature =
-        QStringLiteral("QString vlc_androidos::thumbnail_of(const QString&, bool, android_query&)");
+    const QString& signature = m_signatures->thumbnail_of;
     if (reference.isEmpty())
         return QString();
-    auto cached = thumbnail_path_cache.constFind(reference);
-    if (cached == thumbnail_path_cache.constEnd())
-        cached = thumbnail_path_cache.insert(reference, thumbnail_path_from_mrl(reference, signature));
+    auto cached = m_thumbnail_path_cache.constFind(reference);
+    if (cached == m_thumbnail_path_cache.constEnd())
+        cached = m_thumbnail_path_cache.insert(reference,
+                                               m_places.thumbnail_path(reference, m_shape.model(), signature));
     return cached.value();
 }
 
-struct_media vlc_androidos::get_file_name(QString media_id, android_query& query)
+struct_media media_library_reader::get_file_name(QString media_id, media_library_query& query)
 {
-    static const QString signature = QStringLiteral("struct_media vlc_androidos::get_file_name(QString, QSqlQuery)");
+    const QString& signature = m_signatures->file_name;
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_media media;
     prepared_statement* rows = run_lookup(query, statements().media_name, media_id, signature);
@@ -242,9 +210,9 @@ struct_media vlc_androidos::get_file_name(QString media_id, android_query& query
     return media;
 }
 
-struct_file vlc_androidos::get_file_path(QString media_id, android_query& query)
+struct_file media_library_reader::get_file_path(QString media_id, media_library_query& query)
 {
-    static const QString signature = QStringLiteral("struct_file vlc_androidos::get_file_path(QString, QSqlQuery)");
+    const QString& signature = m_signatures->file_path;
     plugin_static_function::app_debug(QStringLiteral("Starts"), signature);
     struct_file file;
     prepared_statement* rows = run_lookup(query, statements().file, media_id, signature);
@@ -252,8 +220,9 @@ struct_file vlc_androidos::get_file_path(QString media_id, android_query& query)
         return file;
     if (rows->next()) {
         file.file_size = rows->text(3);
-        file.file_path = media_path_from_mrl(rows->text(1));
-        file.file_exist = source_path_guard::exists_inside(file.file_path, source_root, signature) ? "YES" : "NO";
+        file.file_path = m_places.media_path(rows->text(1));
+        file.file_exist =
+            source_path_guard::exists_inside(file.file_path, m_context.source_root, signature) ? "YES" : "NO";
     }
     rows->finish();
     plugin_static_function::app_debug(QStringLiteral("Ends"), signature);

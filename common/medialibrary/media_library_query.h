@@ -10,10 +10,10 @@
 
 #include "prepared_statement.h"
 
-class android_query
+class media_library_query
 {
 public:
-    explicit android_query(const QSqlDatabase& db) : m_db(db) {}
+    explicit media_library_query(const QSqlDatabase& db) : m_db(db) {}
 
     prepared_statement& prepared(const QString& statement)
     {

@@ -1,7 +1,7 @@
 #pragma once
 
-// The statements the Android readers run, chosen once a run for the media
-// database at hand. The app changed its schema many times (model 8 to 38 and
+// The statements the media-library readers run, chosen once a run for the
+// database at hand. The player changed its schema many times (model 8 to 38 and
 // on): thumbnails moved from a Media column to a Thumbnail table and then to
 // a linking table, album membership moved from AlbumTrack into Media, and
 // columns came and went. Models 14 to 16 are read with the statements the
@@ -15,7 +15,7 @@
 #include <QString>
 #include <QStringList>
 
-struct android_statements
+struct media_library_statements
 {
     QString media;             // main statement of the media library
     QString file;              // File of a media item
@@ -34,18 +34,18 @@ struct android_statements
     QString media_name;
 };
 
-class android_database_shape
+class media_library_shape
 {
 public:
     // The shape of models 14 to 16; also taken when the model cannot be read,
     // so a damaged database fails the way it always has.
-    android_database_shape();
+    media_library_shape();
     // Reads Settings.db_model_version and the columns of the tables read.
-    static android_database_shape read(const QSqlDatabase& db);
+    static media_library_shape read(const QSqlDatabase& db);
 
     int model() const { return m_model; }
     bool is_original() const { return m_original; }
-    const android_statements& statements() const { return m_statements; }
+    const media_library_statements& statements() const { return m_statements; }
     // Up to model 13 a media item and an album name their thumbnail's mrl
     // in their own row; later models refer to a Thumbnail row.
     bool media_thumbnail_in_row() const { return m_media_thumbnail_in_row; }
@@ -55,6 +55,13 @@ public:
     // Tables and columns a result column needs that the database lacks.
     const QStringList& missing() const { return m_missing; }
 
+    // A statement of the given columns of one table, built from the columns
+    // it really has: an entry is a column name (noted in missing when absent),
+    // "?name" (read where present) or an expression in parentheses. A column
+    // the table lacks is selected as NULL, so the positions stay.
+    static QString select_by_name(const QSqlDatabase& db, const QString& table, const QStringList& entries,
+                                  QStringList* missing);
+
     // Columns of the playback position appended to the media statement.
     enum position_column { progress = 17, last_position = 18, last_time = 19 };
 
@@ -63,7 +70,7 @@ private:
 
     int m_model = 0;
     bool m_original = true;
-    android_statements m_statements;
+    media_library_statements m_statements;
     bool m_media_thumbnail_in_row = false;
     bool m_album_thumbnail_in_row = false;
     bool m_has_position = false;

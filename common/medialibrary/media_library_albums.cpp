@@ -3,15 +3,13 @@
 
 #include <QFileInfo>
 
-#include "android_query.h"
-#include "android_source_run.h"
+#include "media_library_query.h"
+#include "media_library_reader.h"
+#include "media_library_run.h"
 #include "plugin_static_function.h"
-#include "vlc_androidos.h"
 
 namespace {
 
-const QString k_album_art_signature = "void vlc_androidos::extract_album_art()";
-const QString k_album_signature = "void vlc_androidos::extract_album()";
 const QString k_separator = ";++::++;";
 
 const QString k_insert_album_art =
@@ -41,60 +39,49 @@ QString joined_paths(const QStringList& paths)
 
 }  // namespace
 
-void vlc_androidos::extract_album_art()
+bool media_library_reader::insert_album_art_rows(media_library_run& run)
 {
-    run_table(k_album_art_signature, album_source, &android_statements::album, &vlc_androidos::insert_album_art_rows);
-}
-
-bool vlc_androidos::insert_album_art_rows(android_source_run& run)
-{
-    prepared_statement insert(run.result(), k_insert_album_art);
-    android_query thumbnail_query(run.source());
-    android_query artist_query(run.source());
-    const QString source_file = source_file_text(album_source);
+    prepared_statement insert(run.result(), with_account(k_insert_album_art));
+    media_library_query thumbnail_query(run.source());
+    media_library_query artist_query(run.source());
+    const QString source_file = source_file_text();
     prepared_statement& album = run.rows();
 
     while (run.next_row()) {
-        if (cancel_requested)
+        if (cancelled())
             return false;
         const QString thumbnail =
-            thumbnail_of(album.text(thumbnail_id), database_shape.album_thumbnail_in_row(), thumbnail_query);
+            thumbnail_of(album.text(thumbnail_id), m_shape.album_thumbnail_in_row(), thumbnail_query);
         const QString artist = get_artist_name(album.text(artist_id), artist_query);
-        const QString relative_thumbnail = path_below_root(thumbnail);
+        const QString relative_thumbnail = below_root(thumbnail);
         const QStringList values = {QFileInfo(thumbnail).fileName(),
                                     album_title(album),
                                     relative_thumbnail,
-                                    convert_sec_to_hh_mm_ss(album.text(duration)),
+                                    plugin_static_function::duration_text_from_milliseconds(album.text(duration)),
                                     album.text(nb_tracks),
                                     artist,
                                     relative_thumbnail,
                                     relative_thumbnail,
                                     source_file,
-                                    os_scheme_display,
+                                    m_context.os_scheme_display,
                                     plugin_static_function::get_source_count_name()};
-        if (run.insert(insert, values))
-            count_inserted_row();
+        insert_row(run, insert, values);
     }
     return true;
 }
 
-void vlc_androidos::extract_album()
+bool media_library_reader::insert_album_rows(media_library_run& run)
 {
-    run_table(k_album_signature, album_source, &android_statements::album, &vlc_androidos::insert_album_rows);
-}
-
-bool vlc_androidos::insert_album_rows(android_source_run& run)
-{
-    prepared_statement insert(run.result(), k_insert_album);
+    prepared_statement insert(run.result(), with_account(k_insert_album));
     prepared_statement tracks(run.source(), statements().album_members);
-    android_query file_name_query(run.source());
-    android_query file_query(run.source());
-    android_query artist_query(run.source());
-    const QString source_file = source_file_text(album_source);
+    media_library_query file_name_query(run.source());
+    media_library_query file_query(run.source());
+    media_library_query artist_query(run.source());
+    const QString source_file = source_file_text();
     prepared_statement& album = run.rows();
 
     while (run.next_row()) {
-        if (cancel_requested)
+        if (cancelled())
             return false;
         const QString artist = get_artist_name(album.text(artist_id), artist_query);
         QStringList item_info;
@@ -106,38 +93,39 @@ bool vlc_androidos::insert_album_rows(android_source_run& run)
                                     item_info.join(k_separator),
                                     QString::number(item_info.size()),
                                     artist,
-                                    convert_sec_to_hh_mm_ss(album.text(duration)),
+                                    plugin_static_function::duration_text_from_milliseconds(album.text(duration)),
                                     export_paths.value(0),
                                     joined_paths(export_paths),
                                     source_file,
-                                    os_scheme_display,
+                                    m_context.os_scheme_display,
                                     plugin_static_function::get_source_count_name()};
-        if (run.insert(insert, values))
-            count_inserted_row();
+        insert_row(run, insert, values);
     }
     return true;
 }
 
-bool vlc_androidos::collect_album_tracks(android_source_run& run, const QString& album_id, prepared_statement& tracks,
-                                         android_query& file_name_query, android_query& file_query,
-                                         QStringList* item_info, QStringList* export_paths)
+bool media_library_reader::collect_album_tracks(media_library_run& run, const QString& album_id,
+                                                prepared_statement& tracks, media_library_query& file_name_query,
+                                                media_library_query& file_query, QStringList* item_info,
+                                                QStringList* export_paths)
 {
     QStringList media_ids;
-    if (!android_source_run::read_ids(tracks, album_id, &media_ids)) {
+    if (!media_library_run::read_ids(tracks, album_id, &media_ids)) {
         // The album is still written, as one without tracks.
         run.log_query_failure("query_select_media_id --------FAILED---------- ", tracks);
         return true;
     }
 
     for (const QString& media_id : media_ids) {
-        if (cancel_requested)
+        if (cancelled())
             return false;
         run.row_started();
         const struct_media media = get_file_name(media_id, file_name_query);
         const struct_file file = get_file_path(media_id, file_query);
-        const QString relative_path = path_below_root(file.file_path);
+        const QString relative_path = below_root(file.file_path);
         *export_paths << relative_path;
-        *item_info << "File Name: " + media.file_name + "; File Size: " + file.file_size + "; File Path:" + relative_path;
+        *item_info << "File Name: " + media.file_name + "; File Size: " + file.file_size
+                          + "; File Path:" + relative_path;
     }
     return true;
 }

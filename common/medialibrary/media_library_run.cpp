@@ -1,34 +1,32 @@
-#include "android_source_run.h"
+#include "media_library_run.h"
 
 #include <QFileInfo>
 
-#include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
 
 #include <QSqlQuery>
 
 #include <sqlite3.h>
 
-android_source_run::android_source_run(const QString& signature, const QString& result_db_path)
+media_library_run::media_library_run(const QString& signature, const QString& result_db_path)
     : m_signature(signature), m_result_path(result_db_path)
 {
 }
 
-android_source_run::~android_source_run()
+media_library_run::~media_library_run()
 {
     close();
 }
 
-bool android_source_run::open(const QString& source_path, const QString& source_root,
-                              plugin_helper_functions* helper)
+bool media_library_run::open(const QString& source_path, const std::function<QString()>& working_copy)
 {
     plugin_static_function::app_debug("START", m_signature);
-    if (source_path.isEmpty() || !QFileInfo::exists(source_path) || !helper)
+    if (source_path.isEmpty() || !QFileInfo::exists(source_path))
         return false;
 
     // The evidence is only ever opened through this copy, with its -wal and
     // -shm where they stay inside the source.
-    const QString copy = helper->get_adhoc_path_for_database(source_path, source_root);
+    const QString copy = working_copy();
     if (copy.isEmpty() || !QFileInfo::exists(copy) || QFileInfo(copy).isDir())
         return false;
 
@@ -55,7 +53,7 @@ bool android_source_run::open(const QString& source_path, const QString& source_
     return true;
 }
 
-bool android_source_run::select(const QString& select_statement)
+bool media_library_run::select(const QString& select_statement)
 {
     row_started();
     m_row_ceiling = row_ceiling(select_statement);
@@ -69,15 +67,17 @@ bool android_source_run::select(const QString& select_statement)
     return true;
 }
 
-bool android_source_run::next_row()
+bool media_library_run::next_row()
 {
     row_started();
     if (!m_rows->next())
         return false;
     if (m_rows_given == m_row_ceiling) {
-        plugin_static_function::app_debug("damaged database, the table gives more rows than it holds; the rest of it "
-                                          "is skipped: " + source_name(),
-                                          m_signature);
+        plugin_static_function::app_debug(
+            "damaged database, the table gives more rows than it holds; the rest of it "
+            "is skipped: "
+                + source_name(),
+            m_signature);
         return false;
     }
     ++m_rows_given;
@@ -90,7 +90,7 @@ bool android_source_run::next_row()
 // of every row do on a damaged database. The scan is
 // therefore held to the number of rows the same statement counts when run
 // alone, which a sound database always reaches and never passes.
-qint64 android_source_run::row_ceiling(const QString& select_statement)
+qint64 media_library_run::row_ceiling(const QString& select_statement)
 {
     QSqlQuery count(m_source->db());
     if (count.exec("SELECT count(*) FROM (" + select_statement + ")") && count.next())
@@ -100,7 +100,7 @@ qint64 android_source_run::row_ceiling(const QString& select_statement)
     return QFileInfo(source_name()).size() / 4;
 }
 
-void android_source_run::tune_source_cache()
+void media_library_run::tune_source_cache()
 {
     // The lookups seek into half a dozen tables and their indexes for every
     // row; SQLite's default page cache (2 MB) keeps too little of them, and
@@ -109,23 +109,23 @@ void android_source_run::tune_source_cache()
     pragma.exec(QString("PRAGMA cache_size=%1").arg(-k_source_cache_kib));
 }
 
-void android_source_run::watch_source_statements()
+void media_library_run::watch_source_statements()
 {
     // Only where the driver's SQLite is the one linked here; otherwise Qt's
     // own handling stays alone on the connection.
     if (sqlite3* handle = prepared_statement::shared_handle(m_source->db()))
-        sqlite3_progress_handler(handle, 100000, &android_source_run::over_row_limit, this);
+        sqlite3_progress_handler(handle, 100000, &media_library_run::over_row_limit, this);
 }
 
-int android_source_run::over_row_limit(void* run)
+int media_library_run::over_row_limit(void* run)
 {
-    auto* self = static_cast<android_source_run*>(run);
+    auto* self = static_cast<media_library_run*>(run);
     if (!self->m_over_limit && self->m_row_timer.elapsed() > k_row_limit_ms)
         self->m_over_limit = true;
     return self->m_over_limit ? 1 : 0;
 }
 
-bool android_source_run::read_ids(prepared_statement& statement, const QString& key, QStringList* ids)
+bool media_library_run::read_ids(prepared_statement& statement, const QString& key, QStringList* ids)
 {
     if (!statement.execute(key))
         return false;
@@ -135,19 +135,19 @@ bool android_source_run::read_ids(prepared_statement& statement, const QString& 
     return true;
 }
 
-QString android_source_run::source_name() const
+QString media_library_run::source_name() const
 {
     return m_source ? m_source->db().databaseName() : QString();
 }
 
-void android_source_run::log_query_failure(const QString& headline, const prepared_statement& statement) const
+void media_library_run::log_query_failure(const QString& headline, const prepared_statement& statement) const
 {
     plugin_static_function::app_debug(headline + source_name(), m_signature);
     plugin_static_function::app_debug(statement.error_text(), m_signature);
     plugin_static_function::app_debug(statement.statement(), m_signature);
 }
 
-bool android_source_run::insert(prepared_statement& insert, const QStringList& values) const
+bool media_library_run::insert(prepared_statement& insert, const QStringList& values) const
 {
     if (insert.execute(values))
         return true;
@@ -157,13 +157,13 @@ bool android_source_run::insert(prepared_statement& insert, const QStringList& v
     return false;
 }
 
-void android_source_run::finish()
+void media_library_run::finish()
 {
     close();
     plugin_static_function::app_debug("ENDS", m_signature);
 }
 
-void android_source_run::close()
+void media_library_run::close()
 {
     m_rows.reset();
     m_source.reset();

@@ -1,14 +1,13 @@
 // The playlists table: one row per media item of every playlist in the media
 // database.
 
-#include "android_query.h"
-#include "android_source_run.h"
+#include "media_library_query.h"
+#include "media_library_reader.h"
+#include "media_library_run.h"
 #include "plugin_static_function.h"
-#include "vlc_androidos.h"
 
 namespace {
 
-const QString k_signature = "void vlc_androidos::extract_playlist()";
 const QString k_separator = ";++::++;";
 
 const QString k_insert =
@@ -18,35 +17,30 @@ const QString k_insert =
 
 }  // namespace
 
-void vlc_androidos::extract_playlist()
+bool media_library_reader::insert_playlist_rows(media_library_run& run)
 {
-    run_table(k_signature, playlist_source, &android_statements::playlist, &vlc_androidos::insert_playlist_rows);
-}
-
-bool vlc_androidos::insert_playlist_rows(android_source_run& run)
-{
-    prepared_statement insert(run.result(), k_insert);
+    prepared_statement insert(run.result(), with_account(k_insert));
     prepared_statement members(run.source(), statements().playlist_members);
-    android_query file_name_query(run.source());
-    android_query file_query(run.source());
-    const QString source_file = source_file_text(playlist_source);
+    media_library_query file_name_query(run.source());
+    media_library_query file_query(run.source());
+    const QString source_file = source_file_text();
     const QString source_count_name = plugin_static_function::get_source_count_name();
     prepared_statement& playlist = run.rows();
 
     while (run.next_row()) {
-        if (cancel_requested)
+        if (cancelled())
             return false;
         const QString name = playlist.text(1);
         const QString creation_date = playlist.text(3);
         QStringList media_ids;
-        if (!android_source_run::read_ids(members, playlist.text(0), &media_ids)) {
+        if (!media_library_run::read_ids(members, playlist.text(0), &media_ids)) {
             // Nothing more can be trusted of this table: end it, keeping the rows so far.
             run.log_query_failure("query_select_media_id --------FAILED---------- ", members);
             return false;
         }
 
         for (const QString& media_id : media_ids) {
-            if (cancel_requested)
+            if (cancelled())
                 return false;
             run.row_started();
             const struct_media media = get_file_name(media_id, file_name_query);
@@ -54,10 +48,10 @@ bool vlc_androidos::insert_playlist_rows(android_source_run& run)
             QString file_name = media.file_name;
             if (file_name.endsWith(k_separator))
                 file_name.chop(k_separator.size());
-            const QString relative_path = path_below_root(file.file_path);
+            const QString relative_path = below_root(file.file_path);
             const QStringList values = {name,
                                         file_name,
-                                        convert_sec_to_hh_mm_ss(media.duration),
+                                        plugin_static_function::duration_text_from_milliseconds(media.duration),
                                         creation_date,
                                         relative_path,
                                         file.file_exist,
@@ -66,10 +60,9 @@ bool vlc_androidos::insert_playlist_rows(android_source_run& run)
                                         relative_path,
                                         relative_path,
                                         source_file,
-                                        os_scheme_display,
+                                        m_context.os_scheme_display,
                                         source_count_name};
-            if (run.insert(insert, values))
-                count_inserted_row();
+            insert_row(run, insert, values);
         }
     }
     return true;

@@ -1,7 +1,7 @@
 #pragma once
 
-// The frame every Android table reader runs in: a working copy of the media
-// database, the result database open with one transaction, the copy open
+// The frame every table of the media-library database runs in: the working
+// copy of the database, the result database open with one transaction, the copy open
 // beside it, and the reader's main statement executed on the copy. Leaving the
 // scope closes the copy and commits and closes the result database, so rows
 // written before a cancel or a failure always stay.
@@ -9,27 +9,27 @@
 #include <QElapsedTimer>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 #include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 
-class plugin_helper_functions;
-
-class android_source_run
+class media_library_run
 {
 public:
     // signature: the reader's full signature, used for its log lines and as
     // the name of its result connection (its source connection adds "1").
-    android_source_run(const QString& signature, const QString& result_db_path);
-    ~android_source_run();
+    media_library_run(const QString& signature, const QString& result_db_path);
+    ~media_library_run();
 
-    android_source_run(const android_source_run&) = delete;
-    android_source_run& operator=(const android_source_run&) = delete;
+    media_library_run(const media_library_run&) = delete;
+    media_library_run& operator=(const media_library_run&) = delete;
 
-    // Logs the start, then copies and opens; false (with the failure logged)
-    // when there is nothing to read.
-    bool open(const QString& source_path, const QString& source_root, plugin_helper_functions* helper);
+    // Logs the start, then takes the working copy (made by working_copy, once
+    // a run) and opens it; false (with the failure logged) when there is
+    // nothing to read.
+    bool open(const QString& source_path, const std::function<QString()>& working_copy);
     // Runs the reader's main statement on the open copy; false (logged) when
     // it failed.
     bool select(const QString& select_statement);

@@ -1,4 +1,4 @@
-#include "android_database_shape.h"
+#include "media_library_shape.h"
 
 #include <QHash>
 #include <QSet>
@@ -15,7 +15,7 @@ const QString k_nothing = "SELECT NULL WHERE 0";
 // Builds one statement at a time from the columns present. A column entry is
 // a column name (needed by a result column), "?name" (read where present,
 // written nowhere) or an expression in parentheses (taken as it is).
-class android_database_shape::builder
+class media_library_shape::builder
 {
 public:
     builder(const QSqlDatabase& db, QStringList* missing) : m_db(db), m_missing(missing) {}
@@ -99,9 +99,9 @@ private:
     QHash<QString, QSet<QString>> m_columns;
 };
 
-android_database_shape::android_database_shape()
+media_library_shape::media_library_shape()
 {
-    android_statements& s = m_statements;
+    media_library_statements& s = m_statements;
     s.media = "SELECT id_media,type,subtype,duration,play_count,last_played_date,real_last_played_date,insertion_date,"
               "release_date,thumbnail_id,title,filename,is_favorite,is_present,device_id,nb_playlists,folder_id from "
               "Media ";
@@ -124,9 +124,15 @@ android_database_shape::android_database_shape()
     s.media_name = "SELECT filename,duration from Media where id_media = ? ";
 }
 
-android_database_shape android_database_shape::read(const QSqlDatabase& db)
+QString media_library_shape::select_by_name(const QSqlDatabase& db, const QString& table, const QStringList& entries,
+                                           QStringList* missing)
 {
-    android_database_shape shape;
+    return builder(db, missing).select(table, entries);
+}
+
+media_library_shape media_library_shape::read(const QSqlDatabase& db)
+{
+    media_library_shape shape;
     QSqlQuery version(db);
     if (version.exec("SELECT db_model_version FROM Settings") && version.next())
         shape.m_model = version.value(0).toInt();
@@ -136,7 +142,7 @@ android_database_shape android_database_shape::read(const QSqlDatabase& db)
 
     shape.m_original = false;
     builder b(db, &shape.m_missing);
-    android_statements& s = shape.m_statements;
+    media_library_statements& s = shape.m_statements;
     const QString media_thumbnail =
         b.thumbnail_reference("Media", "id_media", 0, "thumbnail", &shape.m_media_thumbnail_in_row);
     const QString album_thumbnail =
