@@ -281,4 +281,13 @@ QString string_of(plist_t node)
     return text ? QString::fromUtf8(text, qsizetype(length)) : QString();
 }
 
+QByteArray data_of(plist_t node)
+{
+    if (!node || plist_get_node_type(node) != PLIST_DATA)
+        return QByteArray();
+    uint64_t length = 0;
+    const char* bytes = plist_get_data_ptr(node, &length);
+    return bytes ? QByteArray(bytes, qsizetype(length)) : QByteArray();
+}
+
 }  // namespace plist_document

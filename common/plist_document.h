@@ -45,6 +45,7 @@ bool xml_nesting_within(const QByteArray& data, int max_nesting = k_max_nesting)
 bool is_dict(plist_t node);
 bool is_array(plist_t node);
 plist_t dict_item(plist_t dict, const QString& key);
-QString string_of(plist_t node);  // empty unless a string node
+QString string_of(plist_t node);     // empty unless a string node
+QByteArray data_of(plist_t node);  // empty unless a data node
 
 }  // namespace plist_document

@@ -2,12 +2,17 @@
 // alice has the older recent-documents list (and a newer archive that the
 // older list hides), a library with escaped, unescaped, missing and hostile
 // locations, played media of several kinds and podcast subscriptions; bob has
-// the newer archive only.
+// the archive of 10.11 and 10.12 only. carol's older list carries bookmarks
+// (a local and a network document) beside a 10.13 list with a disk-image
+// volume, a looping bookmark, an item with a name only and a path leading out
+// of the source; dave has only the list of macOS 26, on an external volume.
 
 #include <QDateTime>
 #include <QTimeZone>
 #include <QVariant>
+#include <QtEndian>
 
+#include "bookmark_writer.h"
 #include "plist_writer.h"
 #include "sample_trees.h"
 #include "tree_writer.h"
@@ -111,6 +116,36 @@ bool write_media(const QString& root, const QStringList& files, QString* error)
     return true;
 }
 
+bool write_bookmarked_lists(const QString& carol, const QString& dave, QString* error)
+{
+    const QDateTime may(QDate(2023, 5, 10), QTime(4, 45, 53), QTimeZone::utc());
+    QByteArray looping = bookmark_writer::build("Users/carol/Music/loop.mp3", may, "carol");
+    const qint64 table = bookmark_writer::first_table_at(looping);
+    qToLittleEndian(quint32(table - 48), looping.data() + table + 12);  // the next table is itself
+    const QByteArray plist = plist_writer::recent_documents_list(
+        {"Interview.mp4", "Concert.m4v"}, plist_writer::format::binary,
+        {bookmark_writer::build("Users/carol/Movies/Interview.mp4", may, "carol"),
+         bookmark_writer::build("Volumes/media/Videos/Concert.m4v", may.addYears(-9), "carol",
+                                "afp://nas._afpovertcp._tcp.local/media", "media", 0)});
+    // A volume attached from a disk image (local, ejectable, removable, image), as archived data.
+    const QByteArray image = bookmark_writer::build("Volumes/Untitled/intro.mp4", may.addDays(3), "carol",
+                                                    "file:///Volumes/Untitled/", "Untitled", 0x261,
+                                                    "Users/carol/Downloads/Untitled.dmg");
+    const QByteArray sfl2 = plist_writer::shared_file_list(
+        {{{"Bookmark", bookmark_writer::build("Users/carol/Music/tune.mp3", may.addDays(1), "carol")}},
+         {{"Bookmark", QVariantMap{{"$class", "NSMutableData"}, {"NS.data", image}}}},
+         {{"Bookmark", looping}},
+         {{"Name", "Streamed show.mkv"}},
+         {{"Bookmark", bookmark_writer::build("Users/carol/../../../etc/hostname", may, "carol")}}});
+    // An external volume (local, ejectable, external).
+    const QByteArray sfl4 = plist_writer::shared_file_list({{{"Bookmark", bookmark_writer::build(
+        "Volumes/Backup/Films/trip.mov", may.addMonths(2), "dave", "file:///Volumes/Backup/", "Backup", 0x121)}}});
+    return tree_writer::write_file(carol, k_recents_plist, plist, error)
+           && tree_writer::write_file(carol, k_recents_sfl + "2", sfl2, error)
+           && tree_writer::write_file(dave, k_recents_sfl + "4", sfl4, error)
+           && write_media(carol, {"Movies/Interview.mp4", "Music/tune.mp3"}, error);
+}
+
 }  // namespace
 
 bool write_macos_sample_tree(const QString& root, QString* error)
@@ -140,7 +175,8 @@ bool write_macos_sample_tree(const QString& root, QString* error)
         && tree_writer::write_file(bob, k_vlcrc, "[core]\nintf=macosx\n", error)
         && tree_writer::write_file(bob, k_recents_sfl, plist_writer::keyed_archive(archive_strings), error)
         && tree_writer::write_file(bob, k_preferences, bob_preferences(), error)
-        && write_media(bob, {"Movies/clip.mov", "Music/Tom & Jerry.m4a"}, error);
+        && write_media(bob, {"Movies/clip.mov", "Music/Tom & Jerry.m4a"}, error)
+        && write_bookmarked_lists(root + "/Users/carol/", root + "/Users/dave/", error);
     if (!ok && error && error->isEmpty())
         *error = "cannot write the macOS sample below " + root;
     return ok;
