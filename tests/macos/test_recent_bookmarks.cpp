@@ -72,7 +72,7 @@ private slots:
         const QString lists = "Library/Application Support/com.apple.sharedfilelist/"
                               "com.apple.LSSharedFileList.ApplicationRecentDocuments/";
         const QString player = lists + "org.videolan.vlc.";
-        const QString blueprint = "blueprint/com.apple.sharedfilelist/" + lists;
+        const QString blueprint = "blueprint/" + lists.section('/', 2);
         // rows|of the item given: path|volume|drive type|created|network path
         const struct { QString sample; QString list; QString item; QString expected; } cases[] = {
             {"fq/recentdocs.sfl2", player + "sfl2", "7 of 10",

@@ -59,7 +59,8 @@ QByteArray build(const QString& path, const QDateTime& created, const QString& u
         main[0x2040] = item(0x0303, QByteArray::fromHex("a00f0000"));  // the id of the image's table
         next = table(0xfa0, {{0x1004, strings(disk_image_path)}}, 0);
     }
-    qToLittleEndian(table(1, main, next), body.data());
+    const quint32 first = table(1, main, next);
+    qToLittleEndian(first, body.data());
     QByteArray header("book");
     for (quint32 value : {quint32(48 + body.size()), 0x10040000u, 48u})
         put32(header, value);
