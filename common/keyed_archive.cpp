@@ -171,22 +171,12 @@ QVariant keyed_archive::dictionary(plist_t node, int depth)
     }
     // Any other object: its members by name, its class by name.
     QVariantMap members;
-    plist_dict_iter iterator = nullptr;
-    plist_dict_new_iter(node, &iterator);
-    for (;;) {
-        char* key = nullptr;
-        plist_t member = nullptr;
-        plist_dict_next_item(node, iterator, &key, &member);
-        if (!key)
-            break;
-        const QString name = QString::fromUtf8(key);
-        free(key);
-        if (name == "$class")
+    plist_document::for_each_member(node, [&](const char* key, plist_t member) {
+        if (qstrcmp(key, "$class") == 0)
             members.insert("$classname", value(member, depth + 1).toMap().value("$classname"));
         else
-            members.insert(name, value(member, depth + 1));
-    }
-    free(iterator);
+            members.insert(QString::fromUtf8(key), value(member, depth + 1));
+    });
     return members;
 }
 
@@ -225,24 +215,13 @@ void keyed_archive::collect_strings(plist_t node, int depth, std::vector<bool>& 
             collect_strings(plist_array_get_item(node, i), depth + 1, seen, out);
         return;
     }
-    case PLIST_DICT: {
-        plist_dict_iter iterator = nullptr;
-        plist_dict_new_iter(node, &iterator);
-        for (;;) {
-            char* key = nullptr;
-            plist_t member = nullptr;
-            plist_dict_next_item(node, iterator, &key, &member);
-            if (!key)
-                break;
-            // The class names an archive keeps are bookkeeping, not content.
-            const bool is_class = qstrcmp(key, "$class") == 0;
-            free(key);
-            if (!is_class)
+    case PLIST_DICT:
+        // The class names an archive keeps are bookkeeping, not content.
+        plist_document::for_each_member(node, [&](const char* key, plist_t member) {
+            if (qstrcmp(key, "$class") != 0)
                 collect_strings(member, depth + 1, seen, out);
-        }
-        free(iterator);
+        });
         return;
-    }
     default:
         return;
     }

@@ -12,6 +12,8 @@
 #include "file_metadata_reader.h"
 #include "plugin_static_function.h"
 
+class prepared_statement;
+
 class vlc_macos : public extractor_base
 {
     Q_OBJECT
@@ -107,6 +109,9 @@ private:
     // bookmarks. listed_name is the list's own name for the item, which the
     // older list shows as it is (pass name_wins) and the newer ones only when
     // the bookmark holds no path.
+    // Inserts a row: counted when written, the failure text logged when not.
+    void insert_recents_row(prepared_statement& insert, const QStringList& values, const QString& failure,
+                            const QString& caller);
     QStringList bookmarked_recents_row(const bookmark_record& mark, const QString& listed_name, bool name_wins,
                                        int position, int count, const QString& user, const QString& list_file,
                                        const QString& caller);

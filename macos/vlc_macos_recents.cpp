@@ -74,6 +74,15 @@ QString item_description(const bookmark_record& mark, int position, int count)
 
 }  // namespace
 
+void vlc_macos::insert_recents_row(prepared_statement& insert, const QStringList& values, const QString& failure,
+                                   const QString& caller)
+{
+    if (insert.execute(values))
+        count_inserted_row();
+    else
+        plugin_static_function::app_debug(failure, caller);
+}
+
 QStringList vlc_macos::bookmarked_recents_row(const bookmark_record& mark, const QString& listed_name, bool name_wins,
                                               int position, int count, const QString& user,
                                               const QString& list_file, const QString& caller)
@@ -158,13 +167,10 @@ void vlc_macos::xcode_extract_recents_items(QString file_path, QString db_path, 
             plugin_static_function::app_debug(
                 QString("[extract_recents_items] bookmark of item %1 ------FAILED------ %2").arg(i + 1).arg(why),
                 sig_recents);
-        const QStringList values = bookmarked_recents_row(mark, plist_document::string_of(name), true, int(i) + 1,
-                                                          int(count), user_name, file_path, sig_recents);
-        if (insert.execute(values))
-            count_inserted_row();
-        else
-            plugin_static_function::app_debug("[extract_recents_items]---------FAILED----- to execute query",
-                                              sig_recents);
+        insert_recents_row(insert,
+                           bookmarked_recents_row(mark, plist_document::string_of(name), true, int(i) + 1, int(count),
+                                                  user_name, file_path, sig_recents),
+                           "[extract_recents_items]---------FAILED----- to execute query", sig_recents);
     }
     insert.finish();
     connection.db().commit();
@@ -199,20 +205,11 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
     // The archive's own keys are walked as the list's first readers did,
     // for their log lines; the documents are the strings its objects reach.
     keyed_archive objects(archive.get());
-    plist_dict_iter iterator = nullptr;
-    plist_dict_new_iter(archive.get(), &iterator);
-    for (;;) {
-        char* key = nullptr;
-        plist_t value = nullptr;
-        plist_dict_next_item(archive.get(), iterator, &key, &value);
-        if (!key)
-            break;
-        const bool is_objects = qstrcmp(key, "$objects") == 0;
-        free(key);
-        if (!is_objects) {
+    plist_document::for_each_member(archive.get(), [&](const char* key, plist_t) {
+        if (qstrcmp(key, "$objects") != 0) {
             plugin_static_function::app_debug(
                 "[xcode_extract_recents_items_11_12]- Not matched $objects string so Continuing..", sig_recents_11_12);
-            continue;
+            return;
         }
         const QStringList texts = objects.reachable_strings();
         if (!objects.problem().isEmpty())
@@ -229,26 +226,15 @@ void vlc_macos::xcode_extract_recents_items_11_12(QString file_path, QString db_
             const QString source_path = path_inside_source(machine_path, user_name);
             const media_file_facts facts =
                 gather_media_file_facts(source_path, sig_recents_11_12, file_facts::names_only);
-            const QStringList values = {"0",
-                                        user_name,
-                                        facts.file_name,
-                                        machine_path,
-                                        facts.source_path,
-                                        facts.source_path,
-                                        facts.extended.value(0),
-                                        facts.extended.value(1),
-                                        plugin_static_function::get_source_count_name(),
-                                        os_scheme_display,
-                                        source_file,
-                                        source_file};
-            if (insert.execute(values))
-                count_inserted_row();
-            else
-                plugin_static_function::app_debug(
-                    "[xcode_extract_recents_items_11_12] execute query ------FAILED------", sig_recents_11_12);
+            insert_recents_row(insert,
+                               {"0", user_name, facts.file_name, machine_path, facts.source_path, facts.source_path,
+                                facts.extended.value(0), facts.extended.value(1),
+                                plugin_static_function::get_source_count_name(), os_scheme_display, source_file,
+                                source_file},
+                               "[xcode_extract_recents_items_11_12] execute query ------FAILED------",
+                               sig_recents_11_12);
         }
-    }
-    free(iterator);
+    });
     insert.finish();
     connection.db().commit();
     Q_UNUSED(root);
@@ -299,13 +285,10 @@ void vlc_macos::xcode_extract_recents_items_10_13(QString file_path, QString db_
                 sig_recents_10_13);
             continue;
         }
-        const QStringList values =
-            bookmarked_recents_row(mark, name, false, i + 1, count, user_name, file_path, sig_recents_10_13);
-        if (insert.execute(values))
-            count_inserted_row();
-        else
-            plugin_static_function::app_debug("[xcode_extract_recents_items_10_13] execute query ------FAILED------",
-                                              sig_recents_10_13);
+        insert_recents_row(insert,
+                           bookmarked_recents_row(mark, name, false, i + 1, count, user_name, file_path,
+                                                  sig_recents_10_13),
+                           "[xcode_extract_recents_items_10_13] execute query ------FAILED------", sig_recents_10_13);
     }
     // Rows written before a cancel stay: the commit runs either way.
     insert.finish();
