@@ -17,7 +17,6 @@ namespace {
 const QString sig_recents = "void vlc_macos::xcode_extract_recents_items(QString, QString, QString)";
 const QString sig_recents_11_12 =
     "void vlc_macos::xcode_extract_recents_items_11_12(QString, QString, QString, QString)";
-
 const QString sig_recents_10_13 = "void vlc_macos::xcode_extract_recents_items_10_13(QString, QString, QString)";
 
 // The rows of the lists whose items carry bookmarks.
@@ -27,7 +26,6 @@ const QString k_insert_bookmarked =
     "export_file_paths, extended_attributes_key_value, extended_attributes_value_for_search, source_count_name, "
     "os_scheme_display, source_file, artifacts_relation_source_file) "
     "values(?,?,?,?,?, ?,?,?,?,?, ?,?,?,?,?, ?,?,?,?,?, ?,?)";
-const QString k_fact_separator = ";++::++;";
 const QString k_insert_recents_11_12 =
     "insert into recents(bookmark , system_user , file_name, file_path,preview_file_path, export_file_paths , "
     "extended_attributes_key_value, extended_attributes_value_for_search ,source_count_name, "
@@ -37,6 +35,7 @@ const QString k_insert_recents_11_12 =
 const QStringList k_archive_markers = {"com.apple.LSSharedFileList.MaxAmount",
                                        "com.apple.LSSharedFileList.OverrideIcon.OSType", "srvr"};
 const QStringList k_file_url_forms = {"file:///", "file://localhost", "file://", "file:/"};
+const QString k_fact_separator = ";++::++;";
 
 // The path a document URL of the archive names; empty for anything that is
 // not a file URL.
