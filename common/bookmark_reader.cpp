@@ -223,7 +223,8 @@ private:
         const bool real = kind == 5 || kind == 6 || kind == 12 || kind == 13;
         const char* data = blob.constData() + value.at;
         if (real && (value.length == 4 || value.length == 8)) {
-            const double v = value.length == 4 ? double(qFromLittleEndian<float>(data)) : qFromLittleEndian<double>(data);
+            const double v =
+                value.length == 4 ? double(qFromLittleEndian<float>(data)) : qFromLittleEndian<double>(data);
             if (!std::isfinite(v) || std::fabs(v) > 9e18)
                 return std::nullopt;
             return qint64(v);

@@ -35,7 +35,8 @@ struct corpus
     }
     void add_embedded(const QByteArray& bytes)
     {
-        for (qsizetype at = bytes.indexOf("book"); at >= 0 && at + 8 <= bytes.size(); at = bytes.indexOf("book", at + 4))
+        for (qsizetype at = bytes.indexOf("book"); at >= 0 && at + 8 <= bytes.size();
+             at = bytes.indexOf("book", at + 4))
             add(bytes.mid(at, qFromLittleEndian<quint32>(bytes.constData() + at + 4)));
     }
     // Every regular file below dir whose name matches one of the patterns.

@@ -17,16 +17,6 @@ QByteArray sample(const QString& path)
     return tree_writer::read_file(test_support::shared_fixtures_dir() + "/macos/plist/" + path);
 }
 
-// A valid generated bookmark with one 32-bit field set, at a position counted
-// from the start or from the first table of contents.
-QByteArray corrupted(qint64 at, qint64 value, bool in_table)
-{
-    QByteArray blob = bookmark_writer::build("Users/eve/a.mp4", QDateTime(), "eve");
-    const qint64 table = bookmark_writer::first_table_at(blob);
-    qToLittleEndian(quint32(value < 0 ? table - 48 : value), blob.data() + at + (in_table ? table : 0));
-    return blob;
-}
-
 }  // namespace
 
 class test_recent_bookmarks : public QObject
@@ -39,21 +29,30 @@ private slots:
         if (!QFileInfo::exists(test_support::shared_fixtures_dir() + "/macos/plist"))
             QSKIP("the shared samples are absent");
         const QByteArray plain = bookmark_writer::build("Users/eve/a.mp4", QDateTime(), "eve");
+        const qint64 table = bookmark_writer::first_table_at(plain);
+        const auto with_field = [&plain](qint64 at, qint64 value) {  // one 32-bit field corrupted
+            QByteArray blob = plain;
+            qToLittleEndian(quint32(value), blob.data() + at);
+            return blob;
+        };
+        const QString book = "fq/bookmark/";
         // error|path|volume|drive type|created
         const struct { const char* name; QByteArray blob; QString expected; } cases[] = {
-            {"sample1", sample("fq/bookmark/sample1.book"), "|/Applications/Bitwarden.app|Macintosh HD|Internal|1666305568"},
-            {"sample2", sample("fq/bookmark/sample2.book"), "|/Users/davidmcdonald/hxstore|Macintosh HD|Internal|1667495814"},
-            {"sample3", sample("fq/bookmark/sample3.book"),
+            {"sample1", sample(book + "sample1.book"), "|/Applications/Bitwarden.app|Macintosh HD|Internal|1666305568"},
+            {"sample2", sample(book + "sample2.book"),
+             "|/Users/davidmcdonald/hxstore|Macintosh HD|Internal|1667495814"},
+            {"sample3", sample(book + "sample3.book"),
              "|/Users/davidmcdonald/Documents/Arduino/generated_examples/Blink|Macintosh HD|Internal|1651704642"},
-            {"sample4", sample("fq/bookmark/sample4.book"), "|/Users/davidmcdonald/go/src/thesis|Macintosh HD|Internal|1649342302"},
-            {"path array holds itself", sample("fq/bookmark/loop.book"), "array holds an array (a loop)||||"},
+            {"sample4", sample(book + "sample4.book"),
+             "|/Users/davidmcdonald/go/src/thesis|Macintosh HD|Internal|1649342302"},
+            {"path array holds itself", sample(book + "loop.book"), "array holds an array (a loop)||||"},
             {"truncated", plain.left(200), "shorter than its header says||||"},
             {"other magic", "alis" + plain.mid(4), "not a bookmark||||"},
-            {"header size", corrupted(12, 0x7FFFFFFF, false), "header size out of range||||"},
-            {"table offset", corrupted(48, 0xFFFFFF, false), "table of contents out of range||||"},
-            {"table chain loops", corrupted(12, -1, true), "tables of contents loop||||"},
-            {"entry count", corrupted(16, 0x10000000, true), "table of contents entries out of range||||"},
-            {"item offset", corrupted(24, 0xFFFFFF, true), "item out of range||||"},
+            {"header size", with_field(12, 0x7FFFFFFF), "header size out of range||||"},
+            {"table offset", with_field(48, 0xFFFFFF), "table of contents out of range||||"},
+            {"table chain loops", with_field(table + 12, table - 48), "tables of contents loop||||"},
+            {"entry count", with_field(table + 16, 0x10000000), "table of contents entries out of range||||"},
+            {"item offset", with_field(table + 24, 0xFFFFFF), "item out of range||||"},
         };
         for (const auto& c : cases) {
             bookmark_record r;

@@ -157,7 +157,8 @@ QByteArray shared_file_list(const QList<QVariantMap>& items)
     QVariantList list;
     for (const QVariantMap& item : items)
         list << item;
-    return archive_of(QVariantMap{{"items", list}, {"properties", QVariantMap{{"com.apple.LSSharedFileList.MaxAmount", 10}}}});
+    const QVariantMap properties{{"com.apple.LSSharedFileList.MaxAmount", 10}};
+    return archive_of(QVariantMap{{"items", list}, {"properties", properties}});
 }
 
 }  // namespace plist_writer
