@@ -281,4 +281,31 @@ QString string_of(plist_t node)
     return text ? QString::fromUtf8(text, qsizetype(length)) : QString();
 }
 
+QByteArray data_of(plist_t node)
+{
+    if (!node || plist_get_node_type(node) != PLIST_DATA)
+        return QByteArray();
+    uint64_t length = 0;
+    const char* bytes = plist_get_data_ptr(node, &length);
+    return bytes ? QByteArray(bytes, qsizetype(length)) : QByteArray();
+}
+
+void for_each_member(plist_t dict, const std::function<void(const char* key, plist_t value)>& visit)
+{
+    if (!is_dict(dict))
+        return;
+    plist_dict_iter iterator = nullptr;
+    plist_dict_new_iter(dict, &iterator);
+    for (;;) {
+        char* key = nullptr;
+        plist_t value = nullptr;
+        plist_dict_next_item(dict, iterator, &key, &value);
+        if (!key)
+            break;
+        visit(key, value);
+        free(key);
+    }
+    free(iterator);
+}
+
 }  // namespace plist_document

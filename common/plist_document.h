@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <memory>
 
 #include <plist/plist.h>
@@ -45,6 +46,9 @@ bool xml_nesting_within(const QByteArray& data, int max_nesting = k_max_nesting)
 bool is_dict(plist_t node);
 bool is_array(plist_t node);
 plist_t dict_item(plist_t dict, const QString& key);
-QString string_of(plist_t node);  // empty unless a string node
+QString string_of(plist_t node);     // empty unless a string node
+QByteArray data_of(plist_t node);  // empty unless a data node
+// Each member of a dictionary in the list's order; nothing for another node.
+void for_each_member(plist_t dict, const std::function<void(const char* key, plist_t value)>& visit);
 
 }  // namespace plist_document

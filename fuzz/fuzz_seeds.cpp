@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QTemporaryDir>
+#include <QtEndian>
 
 #include <cstdio>
 
@@ -32,6 +33,12 @@ struct corpus
         const QString name = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex();
         if (tree_writer::write_file(folder + "/" + name, bytes))
             ++written;
+    }
+    void add_embedded(const QByteArray& bytes)
+    {
+        for (qsizetype at = bytes.indexOf("book"); at >= 0 && at + 8 <= bytes.size();
+             at = bytes.indexOf("book", at + 4))
+            add(bytes.mid(at, qFromLittleEndian<quint32>(bytes.constData() + at + 4)));
     }
     // Every regular file below dir whose name matches one of the patterns.
     void add_files(const QString& dir, const QStringList& patterns)
@@ -91,6 +98,21 @@ int main(int argc, char** argv)
     plists.add(plist_writer::keyed_archive({"file:///Users/a/b.mp4"}, plist_writer::format::xml));
     plists.add_files(shared + "/macos", {"*.plist", "*.sfl*", "*.btm", "*.book"});
 
+    corpus lists{out + "/fuzz_shared_file_lists"};
+    lists.add_files(macos, {"*.sfl*"});
+    lists.add_files(shared + "/macos", {"*.sfl*", "*.btm", "NSKeyedArchiver.plist"});
+    lists.add(plist_writer::archive_of(QVariantMap{{"self", QVariant::fromValue(plist_uid{3})}}));
+
+    // Bookmarks: the shared ones, and each one the lists above hold (a blob
+    // starts with its magic and gives its own size).
+    corpus bookmarks{out + "/fuzz_bookmark"};
+    bookmarks.add_files(shared + "/macos", {"*.book"});
+    for (QDirIterator it(macos, {"*.sfl*", "*.plist"}, QDir::Files, QDirIterator::Subdirectories); it.hasNext();)
+        bookmarks.add_embedded(tree_writer::read_file(it.next()));
+    for (QDirIterator it(shared + "/macos", {"*.sfl*", "*.plist"}, QDir::Files, QDirIterator::Subdirectories);
+         it.hasNext();)
+        bookmarks.add_embedded(tree_writer::read_file(it.next()));
+
     corpus links{out + "/fuzz_shell_link"};
     links.add(shell_link_writer::build(shell_link_writer::media_link("C:\\Users\\a\\Music\\b.mp3", 1600000000, 42)));
     links.add_files(shared + "/windows/lnk", {"*.lnk", "*.lnk.test", "*.lnk_"});
@@ -130,8 +152,8 @@ int main(int argc, char** argv)
     corpus app_files{out + "/fuzz_ios_app_files"};
     app_files.add_files(ios, {"org.videolan.vlc-ios.plist", "MediaLibrary.sqlite"});
 
-    for (const corpus* c : {&media_library, &playlists, &podcasts, &plists, &links, &compound, &destinations, &settings,
-                            &databases, &manifests, &app_files})
+    for (const corpus* c : {&media_library, &playlists, &podcasts, &plists, &lists, &bookmarks, &links, &compound,
+                            &destinations, &settings, &databases, &manifests, &app_files})
         std::printf("%-40s %d seeds\n", qPrintable(QDir(c->folder).dirName()), c->written);
     return 0;
 }

@@ -29,6 +29,9 @@ const QString k_configuration_file = "/Library/Preferences/org.videolan.vlc/vlcr
 const QString k_recents_plist = "/Library/Preferences/org.videolan.vlc.LSSharedFileList.plist";
 const QString k_recents_sfl = "/Library/Application Support/com.apple.sharedfilelist/"
                               "com.apple.LSSharedFileList.ApplicationRecentDocuments/org.videolan.vlc.sfl";
+// The lists of later systems, newest generation first: an upgrade leaves the
+// older ones behind.
+const QStringList k_recents_sfl_generations = {"4", "3", "2"};
 const QString k_preference_file = "/Library/Preferences/org.videolan.vlc.plist";
 
 }  // namespace
@@ -83,7 +86,9 @@ void vlc_macos::find_source_file()
         if (source_path_guard::exists_inside(home + k_library_database, source_root, sig_find_source_file))
             desktop_media_library_files.append({user, home + k_library_database});
         add_if_inside(configuration_files, home + k_configuration_file);
-        // The older list in the preferences folder wins over the newer archive.
+        for (const QString& generation : k_recents_sfl_generations)
+            add_if_inside(recent_document_files, home + k_recents_sfl + generation);
+        // The older list in the preferences folder wins over the archive of 10.11 and 10.12.
         const int before = recent_document_files.size();
         add_if_inside(recent_document_files, home + k_recents_plist);
         if (recent_document_files.size() == before)
@@ -138,10 +143,13 @@ bool vlc_macos::extract_recent_documents()
         if (cancel_requested)
             return false;
         const QString user = plugin_static_function::extract_user_name_from_sourcefile(file, source_root);
-        if (QFileInfo(file).fileName() != "org.videolan.vlc.sfl")
-            xcode_extract_recents_items(file, destination_db_path, user);
-        else
+        const QString name = QFileInfo(file).fileName();
+        if (name == "org.videolan.vlc.sfl")
             xcode_extract_recents_items_11_12(file, destination_db_path, user, source_root);
+        else if (name.startsWith("org.videolan.vlc.sfl"))
+            xcode_extract_recents_items_10_13(file, destination_db_path, user);
+        else
+            xcode_extract_recents_items(file, destination_db_path, user);
         emit_records_signal(record_count);
     }
     return true;
@@ -172,7 +180,7 @@ QString vlc_macos::path_inside_source(const QString& machine_path, const QString
 }
 
 vlc_macos::media_file_facts vlc_macos::gather_media_file_facts(const QString& source_path, const QString& caller,
-                                                               bool with_file_facts)
+                                                               file_facts wanted)
 {
     media_file_facts facts;
     facts.file_name = QFileInfo(source_path).fileName();
@@ -185,14 +193,15 @@ vlc_macos::media_file_facts vlc_macos::gather_media_file_facts(const QString& so
     if (!inside)
         return facts;
     facts.source_path = source_path;
-    if (!with_file_facts)
+    if (wanted == file_facts::names_only)
         return facts;
     const QFileInfo info(source_path);
     // Asked after the type, existence comes with the same status read.
     facts.exists = info.isFile() || info.isDir() || info.exists();
     if (!facts.exists)
         return facts;
-    facts.size = size_of(info);
+    if (wanted == file_facts::all || !info.isDir())
+        facts.size = size_of(info);
     facts.birth_seconds = file_times::of(source_path).birth;
     facts.attributes = extract_cfstring_attributes(info);
     facts.used = plugin_static_function::extract_used_date(source_path);

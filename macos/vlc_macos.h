@@ -7,9 +7,12 @@
 
 #include <memory>
 
+#include "bookmark_reader.h"
 #include "extractor_base.h"
 #include "file_metadata_reader.h"
 #include "plugin_static_function.h"
+
+class prepared_statement;
 
 class vlc_macos : public extractor_base
 {
@@ -79,6 +82,8 @@ private:
     void xcode_extract_recents_items(QString file_path, QString db_path, QString user_name);
     void xcode_extract_recents_items_11_12(QString file_path, QString db_path, QString user_name,
                                            QString root);
+    // The shared-file lists of macOS 10.13 on (.sfl2, .sfl3, .sfl4).
+    void xcode_extract_recents_items_10_13(QString file_path, QString db_path, QString user_name);
     void xcode_extract_recent_played_11_12(QString file_path, QString user_name);
     // False when a cancel was met before one of the files.
     bool extract_recent_documents();
@@ -93,11 +98,23 @@ private:
 
     // Shared row pieces.
     QString path_inside_source(const QString& machine_path, const QString& user) const;
-    // Without file facts only the name, the guarded path and the examiner's
-    // metadata keys are gathered (a recent document needs no more; its
-    // location may be a whole volume).
+    // How much is gathered of a file: everything; everything but the size of a
+    // folder (a recent document may name a whole volume, and measuring it
+    // walks it); or only the name, the guarded path and the examiner's
+    // metadata keys.
+    enum class file_facts { all, without_folder_sizes, names_only };
     media_file_facts gather_media_file_facts(const QString& source_path, const QString& caller,
-                                             bool with_file_facts = true);
+                                             file_facts wanted = file_facts::all);
+    // The values of a recents row for an item of a list whose items carry
+    // bookmarks. listed_name is the list's own name for the item, which the
+    // older list shows as it is (pass name_wins) and the newer ones only when
+    // the bookmark holds no path.
+    // Inserts a row: counted when written, the failure text logged when not.
+    void insert_recents_row(prepared_statement& insert, const QStringList& values, const QString& failure,
+                            const QString& caller);
+    QStringList bookmarked_recents_row(const bookmark_record& mark, const QString& listed_name, bool name_wins,
+                                       int position, int count, const QString& user, const QString& list_file,
+                                       const QString& caller);
     QString size_of(const QFileInfo& info);
     QStringList source_file_columns(const QString& path) const;
     void add_if_inside(QList<QString>& list, const QString& path);

@@ -140,8 +140,8 @@ bool write_macos_damaged_files(const QString& root, QString* error)
 }
 
 // Metadata the volume keeps as extended attributes; the older recent list in
-// its binary form; every property list of the shared samples in the places
-// the player's own lists take.
+// its binary form; every property list and bookmark of the shared samples in
+// the places the player's own lists take.
 bool write_macos_attributes_and_samples(const QString& root, QString* error)
 {
     const QString media = root + "/Users/olivia/Movies/tagged.mp4";
@@ -169,8 +169,11 @@ bool write_macos_attributes_and_samples(const QString& root, QString* error)
     for (int i = 0; i < samples.size(); ++i) {
         const QString home = QString("Users/sample%1").arg(i, 2, 10, QChar('0'));
         const QByteArray data = tree_writer::read_file(samples.at(i));
-        if (samples.at(i).contains(".sfl"))
-            entries << entry{home + k_mac_sfl, data};
+        const QString suffix = QFileInfo(samples.at(i)).suffix();
+        if (suffix.startsWith("sfl"))  // each generation under its own name
+            entries << entry{home + k_mac_sfl + suffix.mid(3), data};
+        else if (suffix == "book")  // a bookmark, as the item of a list carries one
+            entries << entry{home + k_mac_sfl + "2", plist_writer::shared_file_list({{{"Bookmark", data}}})};
         else
             entries << entry{home + k_mac_recents, data} << entry{home + "/Library/Preferences/org.videolan.vlc.plist", data};
     }

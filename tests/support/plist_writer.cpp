@@ -3,6 +3,7 @@
 #include <QDateTime>
 
 #include <cstdlib>
+#include <functional>
 
 #include <plist/plist.h>
 
@@ -94,14 +95,70 @@ QByteArray keyed_archive(const QStringList& strings, format form)
     return write(archive, form);
 }
 
-QByteArray recent_documents_list(const QStringList& names, format form)
+QByteArray recent_documents_list(const QStringList& names, format form, const QList<QByteArray>& bookmarks)
 {
     QVariantList items;
-    for (const QString& name : names)
-        items << QVariantMap{{"Name", name}, {"Bookmark", QByteArray("book\0\0\0\0", 8)}};
+    for (qsizetype i = 0; i < names.size(); ++i)
+        items << QVariantMap{{"Name", names.at(i)}, {"Bookmark", bookmarks.value(i, QByteArray("book\0\0\0\0", 8))}};
     const QVariantMap list{
         {"RecentDocuments", QVariantMap{{"CustomListItems", items}, {"MaxAmount", 10}}}};
     return write(list, form);
+}
+
+QByteArray archive_of(const QVariant& root, format form)
+{
+    QVariantList objects{"$null"};
+    const auto object_of_class = [&objects](const QString& name, QVariantMap members) {
+        members["$class"] = uid(quint64(objects.size()));
+        objects << QVariantMap{{"$classname", name}, {"$classes", QVariantList{name, "NSObject"}}};
+        objects << members;
+        return uid(quint64(objects.size() - 1));
+    };
+    std::function<QVariant(const QVariant&)> ref = [&](const QVariant& value) -> QVariant {
+        switch (value.typeId()) {
+        case QMetaType::QString:
+        case QMetaType::QByteArray:
+            objects << value;
+            return uid(quint64(objects.size() - 1));
+        case QMetaType::QVariantList: {
+            QVariantList refs;
+            for (const QVariant& item : value.toList())
+                refs << ref(item);
+            return object_of_class("NSArray", {{"NS.objects", refs}});
+        }
+        case QMetaType::QVariantMap: {
+            QVariantMap map = value.toMap();
+            const QString class_name = map.take("$class").toString();
+            QVariantMap members;
+            QVariantList keys, refs;
+            for (auto it = map.constBegin(); it != map.constEnd(); ++it) {
+                members[it.key()] = ref(it.value());
+                keys << ref(it.key());
+                refs << members[it.key()];
+            }
+            if (!class_name.isEmpty())
+                return object_of_class(class_name, members);
+            return object_of_class("NSDictionary", {{"NS.keys", keys}, {"NS.objects", refs}});
+        }
+        default:
+            return value;  // numbers, booleans and references stay inline
+        }
+    };
+    const QVariant top = ref(root);
+    return write(QVariantMap{{"$archiver", "NSKeyedArchiver"},
+                             {"$version", 100000},
+                             {"$top", QVariantMap{{"root", top}}},
+                             {"$objects", objects}},
+                 form);
+}
+
+QByteArray shared_file_list(const QList<QVariantMap>& items)
+{
+    QVariantList list;
+    for (const QVariantMap& item : items)
+        list << item;
+    const QVariantMap properties{{"com.apple.LSSharedFileList.MaxAmount", 10}};
+    return archive_of(QVariantMap{{"items", list}, {"properties", properties}});
 }
 
 }  // namespace plist_writer

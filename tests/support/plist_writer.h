@@ -29,7 +29,18 @@ QByteArray write(const QVariant& value, format form);
 QByteArray keyed_archive(const QStringList& strings, format form = format::binary);
 
 // The older per-application recent-documents list: RecentDocuments /
-// CustomListItems, one item per name.
-QByteArray recent_documents_list(const QStringList& names, format form);
+// CustomListItems, one item per name, with the bookmark of the same position
+// when one is given.
+QByteArray recent_documents_list(const QStringList& names, format form, const QList<QByteArray>& bookmarks = {});
+
+// A keyed archive of any value, as the system's archiver writes one: maps as
+// NSDictionary objects (a map with a "$class" name as an object of that class
+// and these members), lists as NSArray objects, texts and data as objects of
+// their own, a plist_uid as it is (for damaged archives).
+QByteArray archive_of(const QVariant& root, format form = format::binary);
+
+// The shared-file list of macOS 10.13 on: items (most recent first) with the
+// members given (Bookmark, Name).
+QByteArray shared_file_list(const QList<QVariantMap>& items);
 
 }  // namespace plist_writer

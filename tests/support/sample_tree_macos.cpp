@@ -1,12 +1,14 @@
-// The macOS sample: two users whose player files fill all four macOS tables.
+// The macOS sample: four users whose player files fill all four macOS tables.
 // alice has the older recent-documents list (and a newer archive that the
 // older list hides), a library with escaped, unescaped, missing and hostile
 // locations, played media of several kinds and podcast subscriptions; bob has
-// the newer archive only.
+// the newer archive only; carol has the older list with bookmarks and a list
+// of 10.13 on, dave the list of macOS 26 alone.
 
 #include <QDateTime>
 #include <QTimeZone>
 
+#include "bookmark_writer.h"
 #include "plist_writer.h"
 #include "sample_trees.h"
 #include "tree_writer.h"
@@ -31,6 +33,34 @@ xspf_entry track(const QString& location, const QString& duration, int id, const
 QByteArray media(const QString& file)
 {
     return "media bytes of " + file.section('/', 2).toUtf8();
+}
+
+// carol's older list holds bookmarks of a local and a network document; her
+// .sfl2 a local file, a disk-image volume (as archived data), a name-only
+// item and a path out of the source; dave's .sfl4 an external volume.
+QList<tree_writer::entry> bookmarked_lists()
+{
+    const QDateTime may(QDate(2023, 5, 10), QTime(4, 45, 53), QTimeZone::utc());
+    const QByteArray plist = plist_writer::recent_documents_list(
+        {"Interview.mp4", "Concert.m4v"}, plist_writer::format::binary,
+        {bookmark_writer::build("Users/carol/Movies/Interview.mp4", may, "carol"),
+         bookmark_writer::build("Volumes/media/Videos/Concert.m4v", may.addYears(-9), "carol",
+                                "afp://nas._afpovertcp._tcp.local/media", "media", 0)});
+    // Flags: local, ejectable, removable, image.
+    const QByteArray image = bookmark_writer::build("Volumes/Untitled/intro.mp4", may.addDays(3), "carol",
+                                                    "file:///Volumes/Untitled/", "Untitled", 0x261,
+                                                    "Users/carol/Downloads/Untitled.dmg");
+    const QByteArray sfl2 = plist_writer::shared_file_list(
+        {{{"Bookmark", bookmark_writer::build("Users/carol/Music/tune.mp3", may.addDays(1), "carol")}},
+         {{"Bookmark", QVariantMap{{"$class", "NSMutableData"}, {"NS.data", image}}}},
+         {{"Name", "Streamed show.mkv"}},
+         {{"Bookmark", bookmark_writer::build("Users/carol/../../../etc/hostname", may, "carol")}}});
+    // Flags: local, ejectable, external.
+    const QByteArray sfl4 = plist_writer::shared_file_list({{{"Bookmark", bookmark_writer::build(
+        "Volumes/Backup/Films/trip.mov", may.addMonths(2), "dave", "file:///Volumes/Backup/", "Backup", 0x121)}}});
+    return {{"Users/carol" + k_preferences + "org.videolan.vlc.LSSharedFileList.plist", plist},
+            {"Users/carol" + k_sfl + "2", sfl2},
+            {"Users/dave" + k_sfl + "4", sfl4}};
 }
 
 }  // namespace
@@ -80,8 +110,10 @@ bool write_macos_sample_tree(const QString& root, QString* error)
         {"Users/bob" + k_preferences + "org.videolan.vlc.plist", plist_writer::write(bob_preferences, plist_writer::format::xml)},
     };
     for (const char* file : {"Users/alice/Movies/Holiday Trip – Day 1.mp4", "Users/alice/Music/song one.mp3",
-                             "Users/bob/Movies/clip.mov", "Users/bob/Music/Tom & Jerry.m4a", "Users/bob/Music/Song.mp3"})
+                             "Users/bob/Movies/clip.mov", "Users/bob/Music/Tom & Jerry.m4a", "Users/bob/Music/Song.mp3",
+                             "Users/carol/Movies/Interview.mp4", "Users/carol/Music/tune.mp3"})
         files << tree_writer::entry{file, media(file)};
+    files << bookmarked_lists();
     const QString library = "/Library/Application Support/org.videolan.vlc/ml.xspf";
     return tree_writer::write_entries(root, files, error) && xspf_writer::write(root + "/Users/alice" + library, alice_library)
            && xspf_writer::write(root + "/Users/bob" + library, {track("file:///Users/bob/Movies/clip.mov", "359999000", 0, {"Clip"})})

@@ -9,8 +9,9 @@
 QList<sample_tree> sample_trees()
 {
     return {
-        {"macOS", "macos", {"alice", "bob"}, write_macos_sample_tree,
-         {"--user", "alice", "--user", "", "--user", "alice", "--user", "bob", "--metadata-keys",
+        {"macOS", "macos", {"alice", "bob", "carol", "dave"}, write_macos_sample_tree,
+         {"--user", "alice", "--user", "", "--user", "alice", "--user", "bob", "--user", "carol", "--user", "dave",
+          "--metadata-keys",
           "kMDItemWhereFroms,com.apple.quarantine,kMDItemFSName"}},
         {"winOS", "windows", {"carol", "dave"}, write_windows_sample_tree},
         {"androidOS", "android", {}, write_android_sample_tree},
