@@ -128,15 +128,15 @@ bool write_macos_damaged_files(const QString& root, QString* error)
     QByteArray text = tree_writer::read_file(trent);
     text.truncate(text.indexOf("<location>file:///c.mp4"));
     const QString huge = "file:///Users/peggy/" + QString(5 * 1024 * 1024, 'x');
+    const QList<entry> entries = {{"Users/Shared" + k_mac_vlcrc, "podcast-urls=http://shared.example/\n"},
+                                  {"Users/.hidden" + k_mac_vlcrc, "podcast-urls=http://hidden.example/\n"},
+                                  {"Users/victor" + k_mac_library, "this is not XML at all"},
+                                  {"Users/victor" + k_mac_vlcrc, {}, kind::pipe},
+                                  {"Users/walter" + k_mac_library, {}, kind::pipe},
+                                  {"Users/walter" + k_mac_recents, {}, kind::pipe}};
     return tree_writer::write_file(trent, text + "<title>broken</tit")
            && write_library(root + "/Users/peggy" + k_mac_library, {"file:///Users/peggy/a.mp3", huge, "file:///c.mp3"})
-           && tree_writer::write_entries(root, {{"Users/Shared" + k_mac_vlcrc, "podcast-urls=http://shared.example/\n"},
-                                                {"Users/.hidden" + k_mac_vlcrc, "podcast-urls=http://hidden.example/\n"},
-                                                {"Users/victor" + k_mac_library, "this is not XML at all"},
-                                                {"Users/victor" + k_mac_vlcrc, {}, kind::pipe},
-                                                {"Users/walter" + k_mac_library, {}, kind::pipe},
-                                                {"Users/walter" + k_mac_recents, {}, kind::pipe}},
-                                         error);
+           && tree_writer::write_entries(root, entries, error);
 }
 
 // Metadata the volume keeps as extended attributes; the older recent list in
