@@ -4,8 +4,11 @@
 //   vlc-artifacts [run] --source DIR [options]   extract from an evidence tree
 //   vlc-artifacts demo [--out DIR]                write sample trees and run on each
 //   vlc-artifacts decipher-log FILE               print an enciphered debug log
+//   vlc-artifacts report --out DIR                 make the report of an existing result again
 
 #include <QApplication>
+#include <QCommandLineParser>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -18,6 +21,8 @@
 
 #include "encryptor_string.h"
 #include "plugin_session.h"
+#include "report_commands.h"
+#include "report_writer.h"
 #include "result_summary.h"
 #include "sample_trees.h"
 #include "source_layout.h"
@@ -29,6 +34,7 @@ constexpr int k_exit_failed = 1;
 constexpr int k_exit_usage = 2;
 
 volatile std::sig_atomic_t g_interrupted = 0;
+QStringList g_command_line;  // as given, for the run record
 
 void on_interrupt(int)
 {
@@ -55,7 +61,8 @@ const char* k_usage =
     "                     [--debug-log FILE] [--debug-terminal] [--debug-encrypt] [--clear]\n"
     "                     [--plugin PATH]\n"
     "       vlc-artifacts demo [--out DIR] [--plugin PATH]\n"
-    "       vlc-artifacts decipher-log FILE\n";
+    "       vlc-artifacts decipher-log FILE\n"
+    "       vlc-artifacts report --out DIR [--source DIR] [--debug-log FILE]\n";
 
 struct run_arguments
 {
@@ -205,10 +212,14 @@ void show_progress(qint64 records, int tabs)
     std::fflush(stderr);
 }
 
-// Runs one extraction; prints progress and the summary.
-int run_extraction(const run_arguments& parsed)
+// Runs one extraction; prints progress and the summary, then writes the
+// report beside the result.
+int run_extraction(const run_arguments& parsed, QString* report_index = nullptr)
 {
-    const session_options& s = parsed.session;
+    session_options s = parsed.session;
+    report_commands::debug_log_tap debug_log;
+    report_commands::tap_debug_log(&s, &debug_log);
+    const QDateTime started = QDateTime::currentDateTimeUtc();
     plugin_session session;
     QString problem;
     if (!session.load(parsed.plugin_path, &problem)) {
@@ -249,6 +260,18 @@ int run_extraction(const run_arguments& parsed)
             return k_exit_failed;
         }
     }
+    report_request report{s.out_dir,
+                          report_commands::record_of_run(parsed.session, g_command_line, started,
+                                                         session.cancelled() || g_interrupted),
+                          debug_log.path, debug_log.offset};
+    QString index;
+    if (!write_report(report, &index, &problem)) {
+        err("the report could not be written: " + problem);
+        return k_exit_failed;
+    }
+    out("report: " + QDir::toNativeSeparators(index) + "\n");
+    if (report_index)
+        *report_index = index;
     return k_exit_ok;
 }
 
@@ -282,6 +305,7 @@ int command_demo(const QStringList& args)
     }
     const QString base = QFileInfo(out_dir).absoluteFilePath();
     int status = k_exit_ok;
+    QStringList reports;
     for (const sample_tree& sample : sample_trees()) {
         const QString root = base + "/samples/" + sample.folder_name;
         QDir(root).removeRecursively();
@@ -304,11 +328,48 @@ int command_demo(const QStringList& args)
         const int source_status = resolve_source(&parsed);
         if (source_status != k_exit_ok)
             return source_status;
-        const int run_status = run_extraction(parsed);
+        QString report;
+        const int run_status = run_extraction(parsed, &report);
         if (run_status != k_exit_ok)
             status = run_status;
+        if (!report.isEmpty())
+            reports << QDir::toNativeSeparators(report);
     }
+    out("\nreports (open in a browser):\n  " + reports.join("\n  ") + "\n");
     return status;
+}
+
+int command_report(const QStringList& args)
+{
+    QCommandLineParser parser;
+    parser.addOptions({
+        {"out", "The output folder of the run: Artifacts_Result/ lies in it, report/ is written beside.", "DIR"},
+        {"source", "The evidence root, to look for and hash its files where the run kept no record.", "DIR"},
+        {"debug-log", "The plug-in's debug log of the run, for what was not found or left out.", "FILE"},
+    });
+    if (!parser.parse(QStringList{"vlc-artifacts report"} + args) || !parser.positionalArguments().isEmpty()
+        || !parser.isSet("out")) {
+        err((parser.errorText().isEmpty() ? QString("report takes --out DIR [--source DIR] [--debug-log FILE]")
+                                          : parser.errorText())
+            + " (see --help)");
+        return k_exit_usage;
+    }
+    const QString out_dir = QFileInfo(parser.value("out")).absoluteFilePath();
+    const QString source = parser.isSet("source") ? QFileInfo(parser.value("source")).absoluteFilePath() : QString();
+    if (!source.isEmpty() && !QFileInfo(source).isDir()) {
+        err("the source " + source + " is not a readable folder");
+        return k_exit_usage;
+    }
+    report_request report{out_dir, report_commands::record_of_result(out_dir, source, g_command_line),
+                          parser.value("debug-log"), 0};
+    QString index;
+    QString problem;
+    if (!write_report(report, &index, &problem)) {
+        err("the report could not be written: " + problem);
+        return k_exit_failed;
+    }
+    out("report: " + QDir::toNativeSeparators(index) + "\n");
+    return k_exit_ok;
 }
 
 int command_decipher(const QStringList& args)
@@ -371,6 +432,7 @@ int main(int argc, char** argv)
     QStringList args;
     for (int i = 1; i < argc; ++i)
         args << QString::fromLocal8Bit(argv[i]);
+    g_command_line = QStringList{QString::fromLocal8Bit(argv[0])} + args;
     int qt_argc = 1;
     QApplication app(qt_argc, argv);
 
@@ -387,6 +449,8 @@ int main(int argc, char** argv)
         return command_demo(args.mid(1));
     if (command == "decipher-log")
         return command_decipher(args.mid(1));
+    if (command == "report")
+        return command_report(args.mid(1));
     if (command == "run")
         args.removeFirst();
     return command_run(args);

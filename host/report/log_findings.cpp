@@ -1,0 +1,125 @@
+#include "log_findings.h"
+
+#include <QFile>
+#include <QSet>
+
+#include "encryptor_string.h"
+
+namespace log_findings {
+
+const QList<log_text>& log_texts()
+{
+    using r = log_text::rest;
+    static const QList<log_text> texts = {
+        {"[find_source_file]----  FILE NOT EXISTS", "not found", "", r::path},
+        {"path outside the source root ---FAILED--- treated as absent: ", "left out: outside the source", "", r::path},
+        {"database companion is a link ---FAILED--- not copied: ", "left out: a link", "", r::path},
+        {"file larger than the read limit, only its start is read: ", "cut off: over the size limit", "", r::path},
+        {"playlist entries beyond the limit are not read, from: ", "cut off: over the entry limit", "", r::path},
+        {"[extract_media_library] a single entry is larger than the read limit ---FAILED--- rest of the file left "
+         "unread: ",
+         "cut off: an entry over the size limit", "media library (ml.xspf)", r::path},
+        {"damaged database, the table gives more rows than it holds; the rest of it is skipped: ",
+         "cut off: damaged database", "media database", r::detail},
+        {"not in this media database, its columns stay empty: ", "not found: database column", "media database",
+         r::detail},
+        {"[pub_registry_view]- file not opened: [File Path]", "left out: could not be read", "", r::path},
+        {"[ERROR:]", "", "", r::reason_of_previous},
+        {"[extract_media_library] file open --------FAILED-------", "left out: could not be read",
+         "media library (ml.xspf)"},
+        {"[extract_podcasts] file open -------FAILED-----------", "left out: could not be read",
+         "preferences (vlcrc)"},
+        {"[extract_recents_items] source file open ------------FAILED------", "left out: could not be read",
+         "recent documents (plist)"},
+        {"[extract_recents_items] source file open ---------FAILED-----", "left out: damaged",
+         "recent documents (plist)"},
+        {"[xcode_extract_recents_items_11_12] source file open ------FAILED------", "left out: damaged",
+         "recent documents (sfl)"},
+        {"target_file file open --------FAILED------", "left out: damaged", "recently played (plist)"},
+        {" Unable to open the playlist file", "left out: could not be read", "playlist"},
+        {"source db opening ------FAILED----- ", "left out: could not be read", "media database"},
+    };
+    return texts;
+}
+
+QString below_root(const QString& path, const QString& source_root)
+{
+    QString root = source_root;
+    while (root.endsWith('/') && root.size() > 1)
+        root.chop(1);
+    if (root.isEmpty() || root == "/" || !path.startsWith(root))
+        return path;
+    const QString rest = path.mid(root.size());
+    if (rest.isEmpty())
+        return "/";
+    return rest.startsWith('/') ? rest : path;
+}
+
+QString user_of(const QString& path_below_root)
+{
+    if (!path_below_root.startsWith("/Users/"))
+        return QString();
+    return path_below_root.section('/', 2, 2);
+}
+
+QStringList read_messages(const QString& log_path, qint64 offset)
+{
+    QFile file(log_path);
+    if (!file.open(QIODevice::ReadOnly) || !file.seek(offset))
+        return {};
+    const QString text = QString::fromLocal8Bit(file.readAll());
+    QStringList lines;
+    const QString separator = "<[{()}]>";
+    if (text.contains(separator)) {
+        encryptor_string cipher;
+        for (const QString& record : text.split(separator, Qt::SkipEmptyParts)) {
+            const QString line = cipher.decryptToString(record.trimmed());
+            if (cipher.lastError() == encryptor_string::ErrorNoError)
+                lines << line;
+        }
+    } else {
+        lines = text.split('\n', Qt::SkipEmptyParts);
+    }
+    QStringList messages;
+    for (const QString& line : lines) {
+        const qsizetype at = line.indexOf("]:-- ");
+        messages << (at >= 0 ? line.mid(at + 5) : line);
+    }
+    return messages;
+}
+
+QList<finding> findings_from(const QStringList& messages, const QString& source_root)
+{
+    QList<finding> found;
+    QSet<QString> seen;
+    for (const QString& message : messages) {
+        for (const log_text& known : log_texts()) {
+            if (!message.startsWith(QLatin1String(known.text)))
+                continue;
+            const QString rest = message.mid(qstrlen(known.text)).trimmed();
+            if (known.after == log_text::rest::reason_of_previous) {
+                if (!found.isEmpty() && found.last().detail.isEmpty())
+                    found.last().detail = rest;
+                break;
+            }
+            finding f;
+            f.kind = QString::fromUtf8(known.kind);
+            f.what = QString::fromUtf8(known.what);
+            f.message = message;
+            if (known.after == log_text::rest::path) {
+                f.path = below_root(rest, source_root);
+                f.user = user_of(f.path);
+            } else if (known.after == log_text::rest::detail) {
+                f.detail = rest;
+            }
+            if (!seen.contains(message)) {
+                seen.insert(message);
+                found << f;
+            }
+            break;
+        }
+    }
+    return found;
+}
+
+}  // namespace log_findings
