@@ -60,11 +60,11 @@ const QList<location>& locations()
         {"winOS",
          "Users/<user>/AppData/Roaming/Microsoft/Windows/Recent/AutomaticDestinations/"
          "9fda41b86ddcf1db.automaticDestinations-ms",
-         "jump list"},
+         "jump list 9fda41b86ddcf1db"},
         {"winOS",
          "Users/<user>/AppData/Roaming/Microsoft/Windows/Recent/AutomaticDestinations/"
          "faef7def55a1d4b.automaticDestinations-ms",
-         "jump list"},
+         "jump list faef7def55a1d4b"},
         {"androidOS", "apps/org.videolan.vlc/r/app_db/vlc_media.db", "media database"},
         {"androidOS", "data/data/org.videolan.vlc/app_db/vlc_media.db", "media database"},
     };
@@ -75,26 +75,28 @@ QList<looked_for> look_for(const QString& source_root, const QString& os_scheme,
 {
     const QString root = root_without_slash(source_root);
     QList<looked_for> all;
-    for (const location& place : locations()) {
-        if (os_scheme != QLatin1String(place.scheme))
-            continue;
-        const QString pattern = QString::fromUtf8(place.path);
-        const QStringList accounts = pattern.contains("<user>") ? users : QStringList{QString()};
-        for (const QString& user : accounts) {
+    for (const QString& user : QStringList{QString()} + users) {
+        for (const location& place : locations()) {
+            const QString pattern = QString::fromUtf8(place.path);
+            if (os_scheme != QLatin1String(place.scheme) || pattern.contains("<user>") == user.isEmpty())
+                continue;
             const QString below = "/" + QString(pattern).replace("<user>", user);
             all.append({user, QString::fromUtf8(place.what), below, status_of(root + below, source_root)});
         }
     }
+    // Of alternatives, the first found is the one read.
     QSet<QString> found_groups;
-    for (const looked_for& entry : all) {
-        if (entry.status == "found")
-            found_groups.insert(entry.user + '\n' + entry.what);
+    for (looked_for& entry : all) {
+        const QString group = entry.user + '\n' + entry.what;
+        if (entry.status == "found" && found_groups.contains(group))
+            entry.status = "found, not read: an earlier " + entry.what + " is read";
+        else if (entry.status == "found")
+            found_groups.insert(group);
     }
     QList<looked_for> shown;
     for (const looked_for& entry : all) {
-        if (entry.status == "not found" && found_groups.contains(entry.user + '\n' + entry.what))
-            continue;
-        shown << entry;
+        if (entry.status != "not found" || !found_groups.contains(entry.user + '\n' + entry.what))
+            shown << entry;
     }
     return shown;
 }

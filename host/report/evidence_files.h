@@ -16,7 +16,9 @@ struct location
 {
     const char* scheme;
     const char* path;  // below the source root; "<user>" stands for each account
-    const char* what;  // rows with the same what are alternatives: one found is enough
+    // Rows of a scheme with the same what are alternatives, in the order the
+    // plug-in tries them: the first found is read.
+    const char* what;
 };
 
 const QList<location>& locations();
@@ -30,7 +32,7 @@ struct looked_for
 };
 
 // Every place of the scheme for every user, alternatives not found left out
-// when one of them was found.
+// when one of them was found; by user, then in the order of the places.
 QList<looked_for> look_for(const QString& source_root, const QString& os_scheme, const QStringList& users);
 
 struct file_facts

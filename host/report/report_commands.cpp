@@ -50,7 +50,7 @@ QString scheme_of_rows(const result_reader& db)
 {
     for (const QString& table : db.tables()) {
         for (const auto& entry : db.rows_per_account(table)) {
-            for (const QString& scheme : {"macOS", "winOS", "androidOS", "iOS_UID"}) {
+            for (const char* scheme : {"macOS", "winOS", "androidOS", "iOS_UID"}) {
                 if (!entry.scheme.isEmpty() && plugin_session::display_name_of(scheme) == entry.scheme)
                     return scheme;
             }

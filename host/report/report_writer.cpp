@@ -180,6 +180,7 @@ private:
                  const QStringList& data_scripts = {}) const;
     QString navigation(const QString& current) const;
 
+    qint64 rows_from(const QString& place) const;
     QString index_found() const;
     QString index_looked_for() const;
     QString index_findings() const;
@@ -381,7 +382,7 @@ void report_builder::write_table_page(const table_summary& summary)
                    + ". Times are shown in UTC (ISO 8601); the stored value, seconds since 1970, shows on hover. "
                      "All columns as stored: <a href=\"csv/"
                    + html(summary.name) + ".csv\">csv/" + html(summary.name) + ".csv</a>.</p>\n"
-                   + "<table id=\"rows\" class=\"display compact\" style=\"width:100%\"></table>\n";
+                   + "<table id=\"rows\" class=\"display compact nowrap\" style=\"width:100%\"></table>\n";
     if (!summary.empty_columns.isEmpty())
         body += "<p class=\"empty-columns\">Columns empty in every row: " + html(summary.empty_columns.join(", "))
                 + ".</p>\n";
@@ -471,10 +472,10 @@ QString report_builder::index_run_facts() const
         {"Result database", r.result_database},
     };
     if (r.cancelled)
-        facts.append({"Cancelled", "yes: the rows written before the cancel are kept"});
+        facts.append({QString("Cancelled"), QString("yes: the rows written before the cancel are kept")});
     if (r.report_made.isValid()) {
-        facts.append({"Report made (UTC)", report_values::iso_utc(r.report_made)});
-        facts.append({"Report command line", shell_quoted(r.report_command_line)});
+        facts.append({QString("Report made (UTC)"), report_values::iso_utc(r.report_made)});
+        facts.append({QString("Report command line"), shell_quoted(r.report_command_line)});
     }
     QString text = "<table class=\"facts\">\n";
     for (const auto& fact : facts) {
@@ -510,6 +511,17 @@ QString report_builder::index_found() const
     return text + "</tr>\n</tbody>\n</table>\n";
 }
 
+// Rows whose source file is the place, or lies below it (a folder).
+qint64 report_builder::rows_from(const QString& place) const
+{
+    qint64 rows = 0;
+    for (auto it = m_rows_per_source.constBegin(); it != m_rows_per_source.constEnd(); ++it) {
+        if (it.key() == place || it.key().startsWith(place + "/"))
+            rows += it.value();
+    }
+    return rows;
+}
+
 QString report_builder::index_looked_for() const
 {
     if (m_run.looked_for.isEmpty())
@@ -520,7 +532,7 @@ QString report_builder::index_looked_for() const
     for (const auto& place : m_run.looked_for) {
         text += "<tr><td>" + html(account_text(place.user)) + "</td><td>" + html(place.what) + "</td><td>"
                 + html(place.path) + "</td><td class=\"" + status_class(place.status) + "\">" + html(place.status)
-                + "</td><td class=\"count\">" + QString::number(m_rows_per_source.value(place.path)) + "</td></tr>\n";
+                + "</td><td class=\"count\">" + QString::number(rows_from(place.path)) + "</td></tr>\n";
     }
     return text + "</tbody>\n</table>\n";
 }

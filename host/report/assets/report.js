@@ -71,7 +71,6 @@
       data: spec.rows,
       columns: columnDefinitions(spec.columns),
       deferRender: true,
-      autoWidth: false,
       scrollX: true,
       order: order,
       pageLength: 25,
