@@ -1,5 +1,7 @@
 #include "extractor_base.h"
 
+#include "sqlite_connection_scope.h"
+
 extractor_base::extractor_base(QWidget* parent) : QWidget(parent), elapsed_timer(new QElapsedTimer())
 {
 }
@@ -43,6 +45,7 @@ void extractor_base::count_inserted_row()
         return;
     }
     if (elapsed_timer->elapsed() > 1000) {
+        sqlite_connection_scope::commit_batch();
         emit_records_signal(record_count);
         elapsed_timer->restart();
     }
