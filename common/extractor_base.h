@@ -52,6 +52,9 @@ protected:
     // A path on the source as rows show it: the root cut off, with a leading
     // "/"; an empty path stays empty.
     QString path_below_root(const QString& path) const;
+    // Discovery of the account folders: one debug line for each folder under
+    // Users/ whose name does not decode, since no path can reach it.
+    void log_undecodable_account_folders(const QString& signature) const;
 
     qint64 record_count = 0;
     int tabs_processed_count = 0;

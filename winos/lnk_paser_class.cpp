@@ -4,6 +4,7 @@
 
 #include "bounded_file_reader.h"
 #include "little_endian_bytes.h"
+#include "plugin_static_function.h"
 
 namespace {
 
@@ -64,8 +65,11 @@ bool declared_sizes_fit(const QString& path)
     const bounded_file_reader::result read = bounded_file_reader::read(path, k_max_link_bytes);
     if (!read.opened)
         return true;  // the library gives its own answer
-    if (read.truncated)
+    if (read.truncated) {
+        plugin_static_function::app_debug("file larger than the read limit, not read: " + path,
+                                          "int lnk_paser_class::start_parsing_lnk(QString)");
         return false;
+    }
     const QByteArray& data = read.data;
     const qint64 size = data.size();
     constexpr qint64 k_header_size = 76;

@@ -15,6 +15,12 @@ const QList<log_text>& log_texts()
         {"path outside the source root ---FAILED--- treated as absent: ", "left out: outside the source", "", r::path},
         {"database companion is a link ---FAILED--- not copied: ", "left out: a link", "", r::path},
         {"file larger than the read limit, only its start is read: ", "cut off: over the size limit", "", r::path},
+        {"file larger than the read limit, not read: ", "left out: over the size limit", "", r::path},
+        {"podcast line larger than the read limit, only its start is read: ", "cut off: a line over the size limit",
+         "", r::path},
+        {"podcast line of more than ", "cut off: a line over the part limit", "", r::path, ": "},
+        {"account folder name is not valid UTF-8, it cannot be read: ", "left out: a name that does not decode", "",
+         r::path},
         {"playlist entries beyond the limit are not read, from: ", "cut off: over the entry limit", "", r::path},
         {"[extract_media_library] a single entry is larger than the read limit ---FAILED--- rest of the file left "
          "unread: ",
@@ -96,7 +102,11 @@ QList<finding> findings_from(const QStringList& messages, const QString& source_
         for (const log_text& known : log_texts()) {
             if (!message.startsWith(QLatin1String(known.text)))
                 continue;
-            const QString rest = message.mid(qstrlen(known.text)).trimmed();
+            QString rest = message.mid(qstrlen(known.text)).trimmed();
+            if (known.path_after) {
+                const qsizetype at = rest.indexOf(QLatin1String(known.path_after));
+                rest = at < 0 ? QString() : rest.mid(at + qstrlen(known.path_after)).trimmed();
+            }
             if (known.after == log_text::rest::reason_of_previous) {
                 if (!found.isEmpty() && found.last().detail.isEmpty())
                     found.last().detail = rest;
@@ -107,7 +117,8 @@ QList<finding> findings_from(const QStringList& messages, const QString& source_
             f.what = QString::fromUtf8(known.what);
             f.message = message;
             if (known.after == log_text::rest::path) {
-                f.path = below_root(rest, source_root);
+                // "Users/<name>" of the account-folder text is already below the root.
+                f.path = rest.startsWith("Users/") ? "/" + rest : below_root(rest, source_root);
                 f.user = user_of(f.path);
             } else if (known.after == log_text::rest::detail) {
                 f.detail = rest;

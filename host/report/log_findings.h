@@ -17,6 +17,9 @@ struct log_text
     const char* what;  // the artifact, for texts that name no path
     // The rest of the message: a path on the source, or a detail.
     enum class rest { nothing, path, detail, reason_of_previous } after = rest::nothing;
+    // Where the text goes on between its start and the path: the path
+    // follows the first occurrence of this marker.
+    const char* path_after = nullptr;
 };
 
 const QList<log_text>& log_texts();
