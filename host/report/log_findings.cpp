@@ -68,37 +68,35 @@ QString user_of(const QString& path_below_root)
     return path_below_root.section('/', 2, 2);
 }
 
-QStringList read_messages(const QString& log_path, qint64 offset)
-{
-    QFile file(log_path);
-    if (!file.open(QIODevice::ReadOnly) || !file.seek(offset))
-        return {};
-    const QString text = QString::fromLocal8Bit(file.readAll());
-    QStringList lines;
-    const QString separator = "<[{()}]>";
-    if (text.contains(separator)) {
-        encryptor_string cipher;
-        for (const QString& record : text.split(separator, Qt::SkipEmptyParts)) {
-            const QString line = cipher.decryptToString(record.trimmed());
-            if (cipher.lastError() == encryptor_string::ErrorNoError)
-                lines << line;
-        }
-    } else {
-        lines = text.split('\n', Qt::SkipEmptyParts);
-    }
-    QStringList messages;
-    for (const QString& line : lines) {
-        const qsizetype at = line.indexOf("]:-- ");
-        messages << (at >= 0 ? line.mid(at + 5) : line);
-    }
-    return messages;
-}
+namespace {
 
-QList<finding> findings_from(const QStringList& messages, const QString& source_root)
+const QByteArray k_record_end = "<[{()}]>";
+constexpr qint64 k_chunk = 1 << 20;
+constexpr qsizetype k_max_record = 16 << 20;
+
+// Turns messages into findings, each once.
+class finder
 {
-    QList<finding> found;
-    QSet<QString> seen;
-    for (const QString& message : messages) {
+public:
+    finder(const QString& source_root, int max_findings) : m_root(source_root), m_max(max_findings) {}
+
+    void add_line(const QString& line)
+    {
+        const qsizetype at = line.indexOf("]:-- ");
+        add(at >= 0 ? line.mid(at + 5) : line);
+    }
+
+    QList<finding> take()
+    {
+        if (m_dropped > 0)
+            m_found.append({QString(), "not listed", QString(), QString(),
+                            QString::number(m_dropped) + " more findings of the debug log", QString()});
+        return std::move(m_found);
+    }
+
+private:
+    void add(const QString& message)
+    {
         for (const log_text& known : log_texts()) {
             if (!message.startsWith(QLatin1String(known.text)))
                 continue;
@@ -108,9 +106,16 @@ QList<finding> findings_from(const QStringList& messages, const QString& source_
                 rest = at < 0 ? QString() : rest.mid(at + qstrlen(known.path_after)).trimmed();
             }
             if (known.after == log_text::rest::reason_of_previous) {
-                if (!found.isEmpty() && found.last().detail.isEmpty())
-                    found.last().detail = rest;
-                break;
+                if (m_last_kept && m_found.last().detail.isEmpty())
+                    m_found.last().detail = rest;
+                return;
+            }
+            m_last_kept = false;
+            if (m_seen.contains(message))
+                return;
+            if (m_found.size() >= m_max) {
+                ++m_dropped;
+                return;
             }
             finding f;
             f.kind = QString::fromUtf8(known.kind);
@@ -118,19 +123,67 @@ QList<finding> findings_from(const QStringList& messages, const QString& source_
             f.message = message;
             if (known.after == log_text::rest::path) {
                 // "Users/<name>" of the account-folder text is already below the root.
-                f.path = rest.startsWith("Users/") ? "/" + rest : below_root(rest, source_root);
+                f.path = rest.startsWith("Users/") ? "/" + rest : below_root(rest, m_root);
                 f.user = user_of(f.path);
             } else if (known.after == log_text::rest::detail) {
                 f.detail = rest;
             }
-            if (!seen.contains(message)) {
-                seen.insert(message);
-                found << f;
-            }
-            break;
+            m_seen.insert(message);
+            m_found << f;
+            m_last_kept = true;
+            return;
         }
     }
-    return found;
+
+    QString m_root;
+    int m_max;
+    qint64 m_dropped = 0;
+    bool m_last_kept = false;
+    QSet<QString> m_seen;
+    QList<finding> m_found;
+};
+
+// An enciphered log is one run of records, each ended by the separator;
+// a plain one is lines. The first record tells which.
+bool is_enciphered(QFile& file)
+{
+    const QByteArray head = file.peek(k_chunk);
+    const qsizetype end = head.indexOf(k_record_end);
+    if (end < 0)
+        return false;
+    encryptor_string cipher;
+    cipher.decryptToString(QString::fromLatin1(head.left(end).trimmed()));
+    return cipher.lastError() == encryptor_string::ErrorNoError;
+}
+
+}  // namespace
+
+QList<finding> findings_in_log(const QString& log_path, qint64 offset, const QString& source_root, int max_findings)
+{
+    finder found(source_root, max_findings);
+    QFile file(log_path);
+    if (!file.open(QIODevice::ReadOnly) || !file.seek(offset))
+        return {};
+    if (!is_enciphered(file)) {
+        while (!file.atEnd())
+            found.add_line(QString::fromLocal8Bit(file.readLine(k_chunk)).trimmed());
+        return found.take();
+    }
+    encryptor_string cipher;
+    QByteArray pending;
+    while (!file.atEnd()) {
+        pending += file.read(k_chunk);
+        qsizetype end;
+        while ((end = pending.indexOf(k_record_end)) >= 0) {
+            const QString line = cipher.decryptToString(QString::fromLatin1(pending.left(end).trimmed()));
+            if (cipher.lastError() == encryptor_string::ErrorNoError)
+                found.add_line(line);
+            pending.remove(0, end + k_record_end.size());
+        }
+        if (pending.size() > k_max_record)
+            pending.clear();  // not a record of ours
+    }
+    return found.take();
 }
 
 }  // namespace log_findings

@@ -34,12 +34,11 @@ struct finding
     QString message;  // the log's own text
 };
 
-// The messages of the debug log from a byte offset on (a log given by the
-// examiner may hold earlier runs); plain or enciphered.
-QStringList read_messages(const QString& log_path, qint64 offset = 0);
-
-// The findings among the messages, once each, in log order.
-QList<finding> findings_from(const QStringList& messages, const QString& source_root);
+// The findings of the debug log from a byte offset on (a log given by the
+// examiner may hold earlier runs), plain or enciphered, once each, in log
+// order. The log is read as a stream; at most max_findings are kept.
+QList<finding> findings_in_log(const QString& log_path, qint64 offset, const QString& source_root,
+                               int max_findings = 50000);
 
 // "/Users/<name>/..." names its account.
 QString user_of(const QString& path_below_root);

@@ -13,6 +13,8 @@
 #include <QSet>
 #include <QTemporaryDir>
 
+#include <sys/stat.h>
+
 #include "plugin_session.h"
 #include "report_values.h"
 #include "result_reader.h"
@@ -83,6 +85,26 @@ QByteArray data_file_head(const char* call, const QJsonObject& without_rows)
 QByteArray data_file_row(const QJsonArray& cells, bool first)
 {
     return (first ? QByteArray() : QByteArray(",\n")) + QJsonDocument(cells).toJson(QJsonDocument::Compact);
+}
+
+// rwxr-xr-x and the like: a folder's permissions under the process's umask,
+// in Qt's flags (owner, user, group, other).
+int permissions_for_mask(mode_t mask)
+{
+    int flags = QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner | QFileDevice::ReadUser
+                | QFileDevice::WriteUser | QFileDevice::ExeUser;
+    const struct
+    {
+        mode_t bit;
+        QFileDevice::Permission flag;
+    } others[] = {{S_IRGRP, QFileDevice::ReadGroup}, {S_IWGRP, QFileDevice::WriteGroup},
+                  {S_IXGRP, QFileDevice::ExeGroup},  {S_IROTH, QFileDevice::ReadOther},
+                  {S_IWOTH, QFileDevice::WriteOther}, {S_IXOTH, QFileDevice::ExeOther}};
+    for (const auto& o : others) {
+        if (!(mask & o.bit))
+            flags |= o.flag;
+    }
+    return flags;
 }
 
 QString account_text(const QString& user)
@@ -684,8 +706,7 @@ bool write_report(const report_request& request, QString* index_path, QString* p
     run_record run = request.run;
     run.result_database = database;
     if (run.findings.isEmpty() && !request.debug_log.isEmpty())
-        run.findings = log_findings::findings_from(
-            log_findings::read_messages(request.debug_log, request.debug_log_offset), run.source_root);
+        run.findings = log_findings::findings_in_log(request.debug_log, request.debug_log_offset, run.source_root);
 
     // Written aside and put in place at the end, so that a failed report
     // never leaves half a page set where a whole one was.
@@ -694,6 +715,11 @@ bool write_report(const report_request& request, QString* index_path, QString* p
         *problem = "cannot write into " + request.out_dir + ": " + staging.errorString();
         return false;
     }
+    // A temporary folder is private to its maker; the report is as readable
+    // as any folder the examiner makes.
+    const mode_t mask = umask(0);
+    umask(mask);
+    QFile::setPermissions(staging.path(), QFileDevice::Permissions(permissions_for_mask(mask)));
     report_builder builder(staging.path(), run, db);
     if (!builder.write(problem))
         return false;
