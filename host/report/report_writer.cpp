@@ -107,6 +107,22 @@ int permissions_for_mask(mode_t mask)
     return flags;
 }
 
+// One cell of an overview table, its text escaped.
+QString cell(const QString& text, const QString& css_class = QString())
+{
+    return (css_class.isEmpty() ? QString("<td>") : "<td class=\"" + css_class + "\">") + html(text) + "</td>";
+}
+
+// A sortable table of the overview, from its headers and rows of cells.
+QString grid(const QStringList& headers, const QList<QStringList>& rows)
+{
+    QString text = "<table class=\"grid sortable\">\n<thead><tr><th>" + html(headers.join("\n")).replace("\n", "</th><th>")
+                   + "</th></tr></thead>\n<tbody>\n";
+    for (const QStringList& row : rows)
+        text += "<tr>" + row.join(QString()) + "</tr>\n";
+    return text + "</tbody>\n</table>\n";
+}
+
 QString account_text(const QString& user)
 {
     return user.isEmpty() ? QString("(no account)") : user;
@@ -549,14 +565,12 @@ QString report_builder::index_looked_for() const
     if (m_run.looked_for.isEmpty())
         return "<p class=\"note\">No places to look for are known for this source"
                + QString(m_has_source ? "." : " (the source was not at hand when the report was made).") + "</p>\n";
-    QString text = "<table class=\"grid sortable\">\n<thead><tr><th>user</th><th>what</th><th>where (below the source "
-                   "root)</th><th>status</th><th>rows from it</th></tr></thead>\n<tbody>\n";
-    for (const auto& place : m_run.looked_for) {
-        text += "<tr><td>" + html(account_text(place.user)) + "</td><td>" + html(place.what) + "</td><td>"
-                + html(place.path) + "</td><td class=\"" + status_class(place.status) + "\">" + html(place.status)
-                + "</td><td class=\"count\">" + QString::number(rows_from(place.path)) + "</td></tr>\n";
-    }
-    return text + "</tbody>\n</table>\n";
+    QList<QStringList> rows;
+    for (const auto& place : m_run.looked_for)
+        rows << QStringList{cell(account_text(place.user)), cell(place.what), cell(place.path),
+                            cell(place.status, status_class(place.status)),
+                            cell(QString::number(rows_from(place.path)), "count")};
+    return grid({"user", "what", "where (below the source root)", "status", "rows from it"}, rows);
 }
 
 QString report_builder::index_findings() const
@@ -581,15 +595,12 @@ QString report_builder::index_findings() const
                "off.</p>\n";
     QString text;
     for (auto it = by_user.constBegin(); it != by_user.constEnd(); ++it) {
+        QList<QStringList> rows;
+        for (const auto& f : it.value())
+            rows << QStringList{cell(f.kind, status_class(f.kind)), cell(f.what), cell(f.path),
+                                cell(f.detail.isEmpty() ? f.message : f.detail)};
         text += "<h3>" + html(it.key().isEmpty() ? QString("Not tied to an account") : it.key()) + "</h3>\n"
-                + "<table class=\"grid sortable\">\n<thead><tr><th>what happened</th><th>what</th><th>path</th>"
-                  "<th>detail</th></tr></thead>\n<tbody>\n";
-        for (const auto& f : it.value()) {
-            text += "<tr><td class=\"" + status_class(f.kind) + "\">" + html(f.kind) + "</td><td>" + html(f.what)
-                    + "</td><td>" + html(f.path) + "</td><td>" + html(f.detail.isEmpty() ? f.message : f.detail)
-                    + "</td></tr>\n";
-        }
-        text += "</tbody>\n</table>\n";
+                + grid({"what happened", "what", "path", "detail"}, rows);
     }
     return text;
 }
@@ -599,15 +610,12 @@ QString report_builder::index_evidence() const
     if (m_run.evidence.isEmpty())
         return "<p class=\"note\">No evidence file was read"
                + QString(m_has_source ? "." : ", or the source was not at hand when the report was made.") + "</p>\n";
-    QString text = "<table class=\"grid sortable\">\n<thead><tr><th>path (below the source root)</th><th>size</th>"
-                   "<th>modified (UTC)</th><th>MD5</th><th>SHA-256</th><th>rows</th></tr></thead>\n<tbody>\n";
-    for (const auto& f : m_run.evidence) {
-        text += "<tr><td>" + html(f.path) + "</td><td class=\"count\">" + (f.size >= 0 ? QString::number(f.size) : QString())
-                + "</td><td>" + html(f.modified_utc) + "</td><td class=\"hash\">"
-                + (f.md5.isEmpty() ? html(f.note) : f.md5) + "</td><td class=\"hash\">" + f.sha256
-                + "</td><td class=\"count\">" + QString::number(m_rows_per_source.value(f.path)) + "</td></tr>\n";
-    }
-    return text + "</tbody>\n</table>\n";
+    QList<QStringList> rows;
+    for (const auto& f : m_run.evidence)
+        rows << QStringList{cell(f.path), cell(f.size >= 0 ? QString::number(f.size) : QString(), "count"),
+                            cell(f.modified_utc), cell(f.md5.isEmpty() ? f.note : f.md5, "hash"),
+                            cell(f.sha256, "hash"), cell(QString::number(m_rows_per_source.value(f.path)), "count")};
+    return grid({"path (below the source root)", "size", "modified (UTC)", "MD5", "SHA-256", "rows"}, rows);
 }
 
 void report_builder::write_index()
