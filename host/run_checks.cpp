@@ -97,9 +97,9 @@ survey survey_source(const run_arguments& arguments)
     }
     if (!arguments.os_auto && !source_layout::looks_like(s.source_root, s.os_scheme)) {
         const QString suggested = source_layout::detect_os_scheme(s.source_root);
-        found.nothing_to_extract = "the source's layout is not that of " + s.os_scheme
-                                   + (suggested.isEmpty() ? QString(", nor of another system this program knows")
-                                                          : "; it looks like " + suggested + " (--os " + suggested + ")");
+        const QString instead = suggested.isEmpty() ? QString(", nor of another system this program knows")
+                                                    : "; it looks like " + suggested + " (--os " + suggested + ")";
+        found.nothing_to_extract = "the source's layout is not that of " + s.os_scheme + instead;
         return found;
     }
     if (!accounts)
