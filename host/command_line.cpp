@@ -91,7 +91,9 @@ parsed parse_run(const QStringList& args, run_arguments* arguments, QString* pro
          "SCHEME", "auto"},
         {"user", "An account to scan; repeat it for several. Default: the account folders under Users/.", "NAME"},
         {"tables", "The result tables to fill, comma-separated. Default: all of them.", "A,B"},
-        {"out", "Where Artifacts_Result/VLC/VLC.sqlite is written (default ./vlc_artifacts_result).",
+        {"out",
+         "Where Artifacts_Result/VLC/VLC.sqlite is written (default ./vlc_artifacts_result). It may not lie inside "
+         "the source.",
          "DIR", "vlc_artifacts_result"},
         {"engine", "The engine edition code; the plug-in extracts for 0, 1 and 2 (default 0).", "N", "0"},
         {"source-number", "The source's number, shown as SourceN in every row (default 1).", "N", "1"},
@@ -100,10 +102,11 @@ parsed parse_run(const QStringList& args, run_arguments* arguments, QString* pro
         {"debug-log", "Write the plug-in's debug log to this file.", "FILE"},
         {"debug-terminal", "Print the plug-in's debug log on stderr."},
         {"debug-encrypt", "Encipher each line of the debug-log file (read it with decipher-log)."},
-        {"clear", "Empty the selected tables of an existing result database before extracting."},
+        {"clear", "Empty the selected tables of the result database the output folder holds, then extract."},
+        {"append", "Add to the results the output folder already holds. An output folder with results needs "
+                   "--clear or --append."},
         {"plugin", "The plug-in library (default: next to this program, or $VLC_ARTIFACTS_PLUGIN).", "PATH"},
     });
-    parser.addPositionalArgument("run", "Optional: the default command.", "[run]");
     const QString usage = "Usage: vlc-artifacts [run] --source DIR [options]\n"
                           "       vlc-artifacts demo [--out DIR] [--plugin PATH]\n"
                           "       vlc-artifacts decipher-log FILE\n"
@@ -147,6 +150,7 @@ parsed parse_run(const QStringList& args, run_arguments* arguments, QString* pro
     s.debug_terminal = parser.isSet("debug-terminal");
     s.debug_encrypt = parser.isSet("debug-encrypt");
     s.clear = parser.isSet("clear");
+    arguments->append = parser.isSet("append");
     arguments->plugin_path = parser.value("plugin");
 
     if (s.source_root.isEmpty()) {
@@ -169,7 +173,10 @@ QString reference_text()
            + "\nExit status:\n"
              "  0    the run ended and wrote its results\n"
              "  1    the output could not be written, or the plug-in could not be loaded\n"
-             "  2    a usage error, or a source that does not exist or cannot be read\n";
+             "  2    a usage error, a source that does not exist or cannot be read, an output inside\n"
+             "       the source, or an output that holds results without --clear or --append\n"
+             "  3    nothing could be extracted, for the reason given on stderr\n"
+             "  130  cancelled with Ctrl-C; the rows written before the cancel are kept\n";
 }
 
 }  // namespace command_line

@@ -12,7 +12,9 @@
 namespace exit_code {
 constexpr int ok = 0;
 constexpr int failed = 1;             // the output could not be written, or the plug-in not loaded
-constexpr int usage = 2;              // a usage error, or a source that cannot be read
+constexpr int usage = 2;              // a usage error, an unusable source, an output the run may not use
+constexpr int nothing_extracted = 3;  // the run could not extract anything, for the reason given
+constexpr int cancelled = 130;        // Ctrl-C, as a shell counts an interrupted program
 }  // namespace exit_code
 
 // What the run command was asked to do.
@@ -21,6 +23,7 @@ struct run_arguments
     session_options session;
     QString plugin_path;
     bool os_auto = true;
+    bool append = false;  // add to the results an output folder already holds
 };
 
 namespace command_line {

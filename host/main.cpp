@@ -10,6 +10,7 @@
 #include <QCommandLineParser>
 #include <QDateTime>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -24,6 +25,7 @@
 #include "plugin_session.h"
 #include "report_commands.h"
 #include "report_writer.h"
+#include "run_checks.h"
 #include "result_summary.h"
 #include "sample_trees.h"
 #include "source_layout.h"
@@ -82,13 +84,100 @@ int resolve_source(run_arguments* parsed)
     return exit_code::ok;
 }
 
-// Live progress on a terminal; piped output gets only the final line.
-void show_progress(qint64 records, int tabs)
+// Live progress on a terminal; otherwise one line on stdout per table done,
+// so that a log of the run shows how far it came.
+class progress_display
 {
-    if (!isatty(fileno(stderr)))
-        return;
-    std::fprintf(stderr, "\rrecords found: %lld   tables done: %d   ", static_cast<long long>(records), tabs);
-    std::fflush(stderr);
+public:
+    explicit progress_display(int tables) : m_tables(tables), m_live(isatty(fileno(stderr))) {}
+
+    void show(qint64 records, int tabs)
+    {
+        if (m_live) {
+            std::fprintf(stderr, "\rrecords found: %lld   tables done: %d of %d   ", static_cast<long long>(records),
+                         tabs, m_tables);
+            std::fflush(stderr);
+        } else if (tabs > m_tabs_shown) {
+            out(QString("tables done: %1 of %2, records found: %3\n").arg(tabs).arg(m_tables).arg(records));
+        }
+        m_tabs_shown = qMax(m_tabs_shown, tabs);
+    }
+    void end() const
+    {
+        if (m_live)
+            std::fputs("\n", stderr);
+    }
+
+private:
+    int m_tables;
+    bool m_live;
+    int m_tabs_shown = 0;
+};
+
+int selected_tables_read(const session_options& s)
+{
+    int count = 0;
+    for (const QString& table : source_layout::tables_read(s.os_scheme))
+        count += s.tables.contains(table) ? 1 : 0;
+    return count;
+}
+
+QString elapsed_text(qint64 ms)
+{
+    if (ms < 60000)
+        return QString::number(ms / 1000.0, 'f', 1) + " s";
+    return QString("%1 min %2 s").arg(ms / 60000).arg((ms / 1000) % 60);
+}
+
+// The summary after a run, and its exit code.
+int report_run(const run_arguments& parsed, const plugin_session& session, const run_checks::survey& survey,
+               qint64 elapsed_ms)
+{
+    const session_options& s = parsed.session;
+    out(QString("records found: %1, tables done: %2 of %3\n")
+            .arg(session.records())
+            .arg(session.tabs())
+            .arg(selected_tables_read(s)));
+    const QString database = plugin_session::result_database_path(s.out_dir);
+    if (!QFileInfo::exists(database)) {
+        err("no result database was written at " + database + " (is the output folder writable?)");
+        return exit_code::failed;
+    }
+    const auto counts = result_summary::count_rows(database, s.tables);
+    out(result_summary::format_table(counts));
+    const auto per_user = result_summary::rows_per_user(database, s.tables);
+    if (!per_user.isEmpty()) {
+        out("rows per user:\n");
+        for (const auto& entry : per_user)
+            out(QString("  %1  %2\n").arg(entry.first, -14).arg(entry.second, 8));
+    }
+    out("elapsed:  " + elapsed_text(elapsed_ms) + "\n");
+    out("result database: " + QDir::toNativeSeparators(database) + "\n");
+
+    for (const QString& cut_off : session.cut_offs())
+        err("warning: cut off at a limit: " + cut_off);
+    if (session.cut_offs_not_kept() > 0)
+        err(QString("warning: %1 more cut-offs; the debug log names them").arg(session.cut_offs_not_kept()));
+    for (const auto& entry : counts) {
+        if (entry.second < 0) {
+            err("the result table " + entry.first + " could not be read in " + database
+                + " (is another program holding it locked?)");
+            return exit_code::failed;
+        }
+    }
+    if (session.cancelled() || g_interrupted) {
+        out("the run was cancelled; rows written before the cancel are kept\n");
+        err("cancelled; the rows written before the cancel are kept in " + database);
+        return exit_code::cancelled;
+    }
+    if (!survey.nothing_to_extract.isEmpty() && session.records() == 0) {
+        out("nothing was extracted: " + survey.nothing_to_extract + "\n");
+        err("nothing was extracted: " + survey.nothing_to_extract);
+        return exit_code::nothing_extracted;
+    }
+    if (!survey.nothing_to_extract.isEmpty())
+        err("warning: " + survey.nothing_to_extract);
+    return exit_code::ok;
 }
 
 // Writes the report beside a result and names its front page.
@@ -106,14 +195,17 @@ int write_report_of(const report_request& report, QString* report_index = nullpt
     return exit_code::ok;
 }
 
-// Runs one extraction; prints progress and the summary, then writes the
-// report beside the result.
+// Runs one extraction after the checks; prints progress and the summary,
+// then writes the report beside the result.
 int run_extraction(const run_arguments& parsed, QString* report_index = nullptr)
 {
     session_options s = parsed.session;
-    report_commands::debug_log_tap debug_log;
-    report_commands::tap_debug_log(&s, &debug_log);
-    const QDateTime started = QDateTime::currentDateTimeUtc();
+    const run_checks::refusal refused = run_checks::check_output(parsed);
+    if (refused.exit_code != exit_code::ok) {
+        err(refused.text);
+        return refused.exit_code;
+    }
+    const run_checks::survey survey = run_checks::survey_source(parsed);
     plugin_session session;
     QString problem;
     if (!session.load(parsed.plugin_path, &problem)) {
@@ -124,40 +216,35 @@ int run_extraction(const run_arguments& parsed, QString* report_index = nullptr)
     out("source:   " + QDir::toNativeSeparators(s.source_root) + " (" + s.os_scheme + ")\n");
     out("users:    " + (s.users.isEmpty() ? QString("(none)") : s.users.join(", ")) + "\n");
     out("tables:   " + s.tables.join(", ") + "\n");
+    for (const QString& warning : survey.warnings)
+        err("warning: " + warning);
 
-    session.on_progress = [&session](qint64 records, int tabs) {
+    progress_display progress(selected_tables_read(s));
+    session.on_progress = [&session, &progress](qint64 records, int tabs) {
         if (g_interrupted)
             session.request_cancel();
-        show_progress(records, tabs);
+        progress.show(records, tabs);
     };
+    report_commands::debug_log_tap debug_log;
+    report_commands::tap_debug_log(&s, &debug_log);
+    const QDateTime started = QDateTime::currentDateTimeUtc();
+    QElapsedTimer clock;
+    clock.start();
     std::signal(SIGINT, on_interrupt);
     session.run(s);
     std::signal(SIGINT, SIG_DFL);
-    if (isatty(fileno(stderr)))
-        std::fputs("\n", stderr);
-    out(QString("records found: %1, tables done: %2\n").arg(session.records()).arg(session.tabs()));
-
-    const QString database = plugin_session::result_database_path(s.out_dir);
-    if (!QFileInfo::exists(database)) {
-        err("no result database was written at " + database + " (is the output folder writable?)");
-        return exit_code::failed;
-    }
-    const auto counts = result_summary::count_rows(database, s.tables);
-    out(result_summary::format_table(counts));
-    out("result database: " + QDir::toNativeSeparators(database) + "\n");
-    if (session.cancelled() || g_interrupted)
-        out("the run was cancelled; rows written before the cancel are kept\n");
-    for (const auto& entry : counts) {
-        if (entry.second < 0) {
-            err("the result table " + entry.first + " could not be read in " + database
-                + " (is another program holding it locked?)");
-            return exit_code::failed;
-        }
-    }
+    progress.end();
+    const int status = report_run(parsed, session, survey, clock.elapsed());
+    if (status == exit_code::failed)
+        return status;
+    // A cancelled run, or one that found nothing, has a report too: it says
+    // what was kept and what was looked for.
     const bool cancelled = session.cancelled() || g_interrupted;
-    return write_report_of({s.out_dir, report_commands::record_of_run(parsed.session, g_command_line, started, cancelled),
-                            debug_log.path, debug_log.offset},
-                           report_index);
+    const int report_status = write_report_of(
+        {s.out_dir, report_commands::record_of_run(parsed.session, g_command_line, started, cancelled),
+         debug_log.path, debug_log.offset},
+        report_index);
+    return report_status != exit_code::ok ? report_status : status;
 }
 
 int command_run(const QStringList& args)

@@ -27,17 +27,37 @@ bool any_user_has(const QDir& root, const QString& relative)
 
 }  // namespace
 
-QString detect_os_scheme(const QString& source_root)
+bool looks_like(const QString& source_root, const QString& os_scheme)
 {
     const QDir root(source_root);
-    if (has_dir(root, "apps/org.videolan.vlc") || has_dir(root, "data/data/org.videolan.vlc")
-        || (has_dir(root, "apps") && has_dir(root, "shared")))
-        return "androidOS";
-    if (any_user_has(root, "AppData") || has_dir(root, "Windows/System32"))
-        return "winOS";
-    if (any_user_has(root, "Library") || has_dir(root, "System/Library"))
-        return "macOS";
+    if (os_scheme == "androidOS")
+        return has_dir(root, "apps/org.videolan.vlc") || has_dir(root, "data/data/org.videolan.vlc")
+               || (has_dir(root, "apps") && has_dir(root, "shared"));
+    if (os_scheme == "winOS")
+        return any_user_has(root, "AppData") || has_dir(root, "Windows/System32");
+    if (os_scheme == "macOS")
+        return any_user_has(root, "Library") || has_dir(root, "System/Library");
+    return true;
+}
+
+QString detect_os_scheme(const QString& source_root)
+{
+    for (const char* scheme : {"androidOS", "winOS", "macOS"}) {
+        if (looks_like(source_root, scheme))
+            return scheme;
+    }
     return QString();
+}
+
+QStringList tables_read(const QString& os_scheme)
+{
+    if (os_scheme == "macOS")
+        return {"media_library", "podcasts", "recents", "recent_played"};
+    if (os_scheme == "winOS")
+        return {"recents", "playlists", "album_art", "podcasts"};
+    if (os_scheme == "androidOS")
+        return {"media_library", "album_art", "album", "playlists"};
+    return {};
 }
 
 QStringList default_users(const QString& source_root, const QString& os_scheme)
@@ -52,6 +72,11 @@ QStringList default_users(const QString& source_root, const QString& os_scheme)
             names << name;
     }
     return names;
+}
+
+bool has_account_folder(const QString& source_root, const QString& user)
+{
+    return has_dir(QDir(source_root), "Users/" + user);
 }
 
 }  // namespace source_layout

@@ -168,7 +168,7 @@ private slots:
         QCOMPARE(test_support::run_host(arguments).exit_code, 0);
         exclusive_lock lock(out.filePath(k_database));
         QVERIFY(lock.held());
-        const auto result = test_support::run_host(arguments);
+        const auto result = test_support::run_host(arguments + QStringList{"--append"});
         QCOMPARE(result.exit_code, 1);
         const QStringList lines = result.err.split('\n', Qt::SkipEmptyParts);
         QCOMPARE(lines.size(), 1);
