@@ -89,7 +89,7 @@ QList<looked_for> look_for(const QString& source_root, const QString& os_scheme,
     for (looked_for& entry : all) {
         const QString group = entry.user + '\n' + entry.what;
         if (entry.status == "found" && found_groups.contains(group))
-            entry.status = "found, not read: an earlier " + entry.what + " is read";
+            entry.status = "found, not read: the alternative above is read";
         else if (entry.status == "found")
             found_groups.insert(group);
     }
@@ -198,8 +198,9 @@ picture read_picture(const QString& absolute_path, const QString& source_root)
         int offset;
         const char* kind;
     } kinds[] = {
-        {"\xFF\xD8\xFF", 0, "jpg"}, {"\x89PNG\r\n\x1A\n", 0, "png"}, {"GIF87a", 0, "gif"},
-        {"GIF89a", 0, "gif"},       {"BM", 0, "bmp"},                {"WEBP", 8, "webp"},
+        {"\xFF\xD8\xFF", 0, "jpg"}, {"\x89PNG\r\n\x1A\n", 0, "png"},
+        {"GIF87a", 0, "gif"},       {"GIF89a", 0, "gif"},
+        {"BM", 0, "bmp"},           {"WEBP", 8, "webp"},
     };
     for (const auto& k : kinds) {
         if (bytes.mid(k.offset).startsWith(QByteArray(k.magic))) {

@@ -68,7 +68,7 @@ QString duration_text(const QDateTime& from, const QDateTime& to)
 
 QString status_class(const QString& status)
 {
-    if (status == "found")
+    if (status.startsWith("found"))
         return "status-found";
     return status.startsWith("not found") ? "status-missing" : "status-left-out";
 }
@@ -97,9 +97,9 @@ int permissions_for_mask(mode_t mask)
     {
         mode_t bit;
         QFileDevice::Permission flag;
-    } others[] = {{S_IRGRP, QFileDevice::ReadGroup}, {S_IWGRP, QFileDevice::WriteGroup},
-                  {S_IXGRP, QFileDevice::ExeGroup},  {S_IROTH, QFileDevice::ReadOther},
-                  {S_IWOTH, QFileDevice::WriteOther}, {S_IXOTH, QFileDevice::ExeOther}};
+    } others[]
+        = {{S_IRGRP, QFileDevice::ReadGroup}, {S_IWGRP, QFileDevice::WriteGroup}, {S_IXGRP, QFileDevice::ExeGroup},
+           {S_IROTH, QFileDevice::ReadOther}, {S_IWOTH, QFileDevice::WriteOther}, {S_IXOTH, QFileDevice::ExeOther}};
     for (const auto& o : others) {
         if (!(mask & o.bit))
             flags |= o.flag;
@@ -116,8 +116,8 @@ QString cell(const QString& text, const QString& css_class = QString())
 // A sortable table of the overview, from its headers and rows of cells.
 QString grid(const QStringList& headers, const QList<QStringList>& rows)
 {
-    QString text = "<table class=\"grid sortable\">\n<thead><tr><th>" + html(headers.join("\n")).replace("\n", "</th><th>")
-                   + "</th></tr></thead>\n<tbody>\n";
+    QString text = "<table class=\"grid sortable\">\n<thead><tr><th>"
+                   + html(headers.join("\n")).replace("\n", "</th><th>") + "</th></tr></thead>\n<tbody>\n";
     for (const QStringList& row : rows)
         text += "<tr>" + row.join(QString()) + "</tr>\n";
     return text + "</tbody>\n</table>\n";
@@ -175,6 +175,7 @@ struct table_summary
     qint64 rows = 0;
     QStringList empty_columns;
     bool has_page = false;
+    bool unreadable = false;
 };
 
 struct picture_copy
@@ -184,14 +185,16 @@ struct picture_copy
     qint64 size = 0;
     QString md5;
     QString sha256;
-    QStringList rows;  // "table #INT"
+    QStringList rows;  // "table #INT", the first few
+    qint64 row_count = 0;
 };
 
 class report_builder
 {
 public:
     report_builder(const QString& folder, const run_record& run, const result_reader& db)
-        : m_folder(folder), m_run(run), m_db(db), m_has_source(!run.source_root.isEmpty() && QFileInfo(run.source_root).isDir())
+        : m_folder(folder), m_run(run), m_db(db),
+          m_has_source(!run.source_root.isEmpty() && QFileInfo(run.source_root).isDir())
     {
     }
 
@@ -235,7 +238,7 @@ private:
     timeline::builder m_timeline;
     QMap<QString, qint64> m_rows_per_source;  // below the source root
     QStringList m_stored_sources;
-    QMap<QString, picture_copy> m_pictures;      // by SHA-256
+    QMap<QString, picture_copy> m_pictures;     // by SHA-256
     QHash<QString, QString> m_picture_of_path;  // absolute source path -> SHA-256 ("" when not a picture)
 };
 
@@ -325,7 +328,8 @@ QString report_builder::picture_for(const QString& stored, const QString& row_la
                     copy.file = "media/" + sha + "." + found.kind;
                     copy.source = log_findings::below_root(absolute, m_run.source_root);
                     copy.size = found.bytes.size();
-                    copy.md5 = QString::fromLatin1(QCryptographicHash::hash(found.bytes, QCryptographicHash::Md5).toHex());
+                    copy.md5
+                        = QString::fromLatin1(QCryptographicHash::hash(found.bytes, QCryptographicHash::Md5).toHex());
                     copy.sha256 = sha;
                     output_file out(m_folder + "/" + copy.file);
                     out.write(found.bytes);
@@ -337,7 +341,10 @@ QString report_builder::picture_for(const QString& stored, const QString& row_la
         }
         if (!known->isEmpty()) {
             picture_copy& copy = m_pictures[*known];
-            copy.rows << row_label;
+            // A cover shared by a whole library names its first rows only.
+            if (copy.rows.size() < 10)
+                copy.rows << row_label;
+            ++copy.row_count;
             return copy.file;
         }
     }
@@ -400,8 +407,8 @@ void report_builder::write_table(const QString& table)
         ++summary.rows;
         return true;
     });
-    if (!read)
-        keep_error("cannot read the result table " + table);
+    // A damaged result keeps the report of what could be read.
+    summary.unreadable = !read;
     keep_error(csv.close());
     data.write(QByteArray("]});\n"));
     keep_error(data.close());
@@ -452,8 +459,8 @@ void report_builder::write_timeline()
     m_timeline.for_each([&](const timeline::shown_event& e) {
         const QStringList fields = timeline::builder::csv_fields(e);
         csv.write(csv_record(fields));
-        const QJsonArray cells = {QJsonArray{fields.at(0), fields.at(1)}, e.meaning, e.table, e.column, e.row,
-                                  e.user, e.name, e.source_file};
+        const QJsonArray cells = {
+            QJsonArray{fields.at(0), fields.at(1)}, e.meaning, e.table, e.column, e.row, e.user, e.name, e.source_file};
         data.write(data_file_row(cells, first));
         first = false;
     });
@@ -461,17 +468,17 @@ void report_builder::write_timeline()
     keep_error(csv.close());
     keep_error(data.close());
 
-    const QString body =
-        "<h1>Timeline</h1>\n<p class=\"note\">" + QString::number(m_timeline.size())
-        + " events: every time value of every row, oldest first. A time of 0 (a file that recorded none) is "
-          "left out. Also as <a href=\"timeline.csv\">timeline.csv</a>.</p>\n"
-          "<div class=\"filters\">\n"
-          "<label>User <select id=\"filter-user\"><option value=\"*\">all</option></select></label>\n"
-          "<label>Table <select id=\"filter-table\"><option value=\"*\">all</option></select></label>\n"
-          "<label>From <input id=\"filter-from\" type=\"date\"></label>\n"
-          "<label>To <input id=\"filter-to\" type=\"date\"></label>\n"
-          "</div>\n"
-          "<table id=\"timeline\" class=\"display compact\" style=\"width:100%\"></table>\n";
+    const QString body
+        = "<h1>Timeline</h1>\n<p class=\"note\">" + QString::number(m_timeline.size())
+          + " events: every time value of every row, oldest first. A time of 0 (a file that recorded none) is "
+            "left out. Also as <a href=\"timeline.csv\">timeline.csv</a>.</p>\n"
+            "<div class=\"filters\">\n"
+            "<label>User <select id=\"filter-user\"><option value=\"*\">all</option></select></label>\n"
+            "<label>Table <select id=\"filter-table\"><option value=\"*\">all</option></select></label>\n"
+            "<label>From <input id=\"filter-from\" type=\"date\"></label>\n"
+            "<label>To <input id=\"filter-to\" type=\"date\"></label>\n"
+            "</div>\n"
+            "<table id=\"timeline\" class=\"display compact\" style=\"width:100%\"></table>\n";
     write_text("timeline.html", page("Timeline", "timeline", body, {"data/timeline.js"}));
 }
 
@@ -484,9 +491,11 @@ void report_builder::write_media_page()
                    "<div class=\"media\">\n";
     for (const picture_copy& p : m_pictures) {
         body += "<figure><a href=\"" + html(p.file) + "\"><img src=\"" + html(p.file) + "\" alt=\"\"></a>"
-                + "<figcaption>" + html(p.source) + "<br>" + QString::number(p.size) + " bytes<br>MD5 <span class=\"hash\">"
-                + p.md5 + "</span><br>SHA-256 <span class=\"hash\">" + p.sha256 + "</span><br>rows: "
-                + html(p.rows.join(", ")) + "</figcaption></figure>\n";
+                + "<figcaption>" + html(p.source) + "<br>" + QString::number(p.size)
+                + " bytes<br>MD5 <span class=\"hash\">" + p.md5 + "</span><br>SHA-256 <span class=\"hash\">" + p.sha256
+                + "</span><br>rows: " + html(p.rows.join(", "))
+                + (p.row_count > p.rows.size() ? QString(" and %1 more").arg(p.row_count - p.rows.size()) : QString())
+                + "</figcaption></figure>\n";
     }
     body += "</div>\n";
     write_text("media.html", page("Pictures", "media", body));
@@ -496,14 +505,16 @@ QString report_builder::index_run_facts() const
 {
     const run_record& r = m_run;
     QList<QPair<QString, QString>> facts = {
-        {"Tool", "vlc-artifacts " + r.tool_version + (r.tool_commit.isEmpty() ? QString() : " (commit " + r.tool_commit + ")")},
+        {"Tool",
+         "vlc-artifacts " + r.tool_version + (r.tool_commit.isEmpty() ? QString() : " (commit " + r.tool_commit + ")")},
         {"Started (UTC)", report_values::iso_utc(r.started)},
         {"Ended (UTC)", report_values::iso_utc(r.ended)},
         {"Duration", duration_text(r.started, r.ended)},
         {"Host", r.host_name},
         {"Command line", shell_quoted(r.command_line)},
         {"Source root", r.source_root},
-        {"Scheme", r.os_scheme.isEmpty() ? QString() : r.os_scheme + " (" + plugin_session::display_name_of(r.os_scheme) + ")"},
+        {"Scheme",
+         r.os_scheme.isEmpty() ? QString() : r.os_scheme + " (" + plugin_session::display_name_of(r.os_scheme) + ")"},
         {"Users", r.users.join(", ")},
         {"Tables", r.tables.join(", ")},
         {"Engine edition", QString::number(r.engine)},
@@ -533,10 +544,15 @@ QString report_builder::index_found() const
     }
     QString text = "<table class=\"grid\">\n<thead><tr><th>scheme</th><th>user</th>";
     for (const table_summary& t : m_tables)
-        text += "<th>" + (t.has_page ? "<a href=\"table-" + html(t.name) + ".html\">" + html(t.name) + "</a>" : html(t.name)) + "</th>";
+        text += "<th>"
+                + (t.has_page ? "<a href=\"table-" + html(t.name) + ".html\">" + html(t.name) + "</a>" : html(t.name))
+                + "</th>";
     text += "</tr></thead>\n<tbody>\n";
     for (auto it = counts.constBegin(); it != counts.constEnd(); ++it) {
-        text += "<tr><td>" + html(it.key().first) + "</td><td>" + html(it.key().first.isEmpty() && it.key().second.isEmpty() ? QString() : account_text(it.key().second)) + "</td>";
+        text
+            += "<tr><td>" + html(it.key().first) + "</td><td>"
+               + html(it.key().first.isEmpty() && it.key().second.isEmpty() ? QString() : account_text(it.key().second))
+               + "</td>";
         for (const table_summary& t : m_tables) {
             const qint64 n = it.value().value(t.name);
             text += QString("<td class=\"count%1\">%2</td>").arg(n == 0 ? " zero" : "").arg(n);
@@ -545,7 +561,8 @@ QString report_builder::index_found() const
     }
     text += "<tr><th colspan=\"2\">all rows</th>";
     for (const table_summary& t : m_tables)
-        text += QString("<td class=\"count%1\">%2</td>").arg(t.rows == 0 ? " zero" : "").arg(t.rows);
+        text += t.unreadable ? QString("<td class=\"status-left-out\">could not be read</td>")
+                             : QString("<td class=\"count%1\">%2</td>").arg(t.rows == 0 ? " zero" : "").arg(t.rows);
     return text + "</tr>\n</tbody>\n</table>\n";
 }
 
@@ -612,8 +629,8 @@ QString report_builder::index_evidence() const
                + QString(m_has_source ? "." : ", or the source was not at hand when the report was made.") + "</p>\n";
     QList<QStringList> rows;
     for (const auto& f : m_run.evidence)
-        rows << QStringList{cell(f.path), cell(f.size >= 0 ? QString::number(f.size) : QString(), "count"),
-                            cell(f.modified_utc), cell(f.md5.isEmpty() ? f.note : f.md5, "hash"),
+        rows << QStringList{cell(f.path),           cell(f.size >= 0 ? QString::number(f.size) : QString(), "count"),
+                            cell(f.modified_utc),   cell(f.md5.isEmpty() ? f.note : f.md5, "hash"),
                             cell(f.sha256, "hash"), cell(QString::number(m_rows_per_source.value(f.path)), "count")};
     return grid({"path (below the source root)", "size", "modified (UTC)", "MD5", "SHA-256", "rows"}, rows);
 }
@@ -623,17 +640,19 @@ void report_builder::write_index()
     QString downloads;
     for (const table_summary& t : m_tables)
         downloads += "<a href=\"csv/" + html(t.name) + ".csv\">" + html(t.name) + ".csv</a> ";
-    const QString scheme = m_run.os_scheme.isEmpty() ? QString() : plugin_session::display_name_of(m_run.os_scheme) + " ";
-    const QString body =
-        "<h1>VLC traces on the " + html(scheme) + "source</h1>\n"
-        + "<h2>The run</h2>\n" + index_run_facts()
-        + "<h2>Found: rows per account</h2>\n" + index_found()
-        + "<h2>Looked for</h2>\n" + index_looked_for()
-        + "<h2>Not found, left out, cut off</h2>\n" + index_findings()
-        + "<h2>Evidence files read</h2>\n<p class=\"note\">Hashed read-only at the end of the run; sizes in bytes.</p>\n"
-        + index_evidence()
-        + "<h2>Files</h2>\n<p>Every table as stored (UTF-8, RFC 4180): " + downloads
-        + "<br>The timeline: <a href=\"timeline.csv\">timeline.csv</a>. The run record: <a href=\"run.json\">run.json</a>.</p>\n";
+    const QString scheme
+        = m_run.os_scheme.isEmpty() ? QString() : plugin_session::display_name_of(m_run.os_scheme) + " ";
+    QString body = "<h1>VLC traces on the " + html(scheme) + "source</h1>\n";
+    body += "<h2>The run</h2>\n" + index_run_facts();
+    body += "<h2>Found: rows per account</h2>\n" + index_found();
+    body += "<h2>Looked for</h2>\n" + index_looked_for();
+    body += "<h2>Not found, left out, cut off</h2>\n" + index_findings();
+    body += "<h2>Evidence files read</h2>\n"
+            "<p class=\"note\">Hashed read-only at the end of the run; sizes in bytes.</p>\n"
+            + index_evidence();
+    body += "<h2>Files</h2>\n<p>Every table as stored (UTF-8, RFC 4180): " + downloads
+            + "<br>The timeline: <a href=\"timeline.csv\">timeline.csv</a>. "
+              "The run record: <a href=\"run.json\">run.json</a>.</p>\n";
     write_text("index.html", page("VLC traces: report", "index", body));
 }
 
@@ -652,7 +671,8 @@ void report_builder::write_text(const QString& relative, const QString& text)
 QString report_builder::navigation(const QString& current) const
 {
     auto link = [&](const QString& target, const QString& file, const QString& label) {
-        return "<a href=\"" + html(file) + "\"" + (target == current ? " class=\"current\"" : "") + ">" + html(label) + "</a>";
+        return "<a href=\"" + html(file) + "\"" + (target == current ? " class=\"current\"" : "") + ">" + html(label)
+               + "</a>";
     };
     QString nav = link("index", "index.html", "Overview") + link("timeline", "timeline.html", "Timeline");
     for (const table_summary& t : m_tables) {
@@ -675,9 +695,11 @@ QString report_builder::page(const QString& title, const QString& current, const
            // Nothing of the page may reach past the report's own files.
            "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; script-src file:; "
            "style-src file: 'unsafe-inline'; img-src file:; connect-src 'none'\">\n"
-           "<title>" + html(title) + "</title>\n"
-           "<link rel=\"stylesheet\" href=\"assets/css/jquery.dataTables.min.css\">\n"
-           "<link rel=\"stylesheet\" href=\"assets/report.css\">\n</head>\n<body>\n<header>"
+           "<title>"
+           + html(title)
+           + "</title>\n"
+             "<link rel=\"stylesheet\" href=\"assets/css/jquery.dataTables.min.css\">\n"
+             "<link rel=\"stylesheet\" href=\"assets/report.css\">\n</head>\n<body>\n<header>"
            + navigation(current) + "</header>\n<main>\n" + body
            + "</main>\n<script src=\"assets/jquery.min.js\"></script>\n"
              "<script src=\"assets/jquery.dataTables.min.js\"></script>\n"

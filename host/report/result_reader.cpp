@@ -90,8 +90,7 @@ QList<bool> result_reader::columns_with_values(const QString& table) const
     return filled;
 }
 
-bool result_reader::for_each_row(const QString& table,
-                                 const std::function<bool(const QStringList& row)>& visit) const
+bool result_reader::for_each_row(const QString& table, const std::function<bool(const QStringList& row)>& visit) const
 {
     QSqlQuery query(QSqlDatabase::database(m_connection, false));
     query.setForwardOnly(true);

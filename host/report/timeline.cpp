@@ -61,13 +61,14 @@ QString default_meaning(const QString& column)
 namespace {
 
 // What the row is about, first filled first.
-const QStringList k_name_columns = {"file_name", "title",     "album_name", "playlist_name", "podcasts",
-                                    "art_file_name", "windows_path", "network_path", "file_path",
-                                    "filepath",  "file_url",  "location"};
+const QStringList k_name_columns
+    = {"file_name",    "title",        "album_name", "playlist_name", "podcasts", "art_file_name",
+       "windows_path", "network_path", "file_path",  "filepath",      "file_url", "location"};
 
 bool rule_fits_column(const meaning_rule& rule, const QString& table, const QString& column)
 {
-    return (qstrcmp(rule.table, "*") == 0 || table == QLatin1String(rule.table)) && column == QLatin1String(rule.column);
+    return (qstrcmp(rule.table, "*") == 0 || table == QLatin1String(rule.table))
+           && column == QLatin1String(rule.column);
 }
 
 }  // namespace
@@ -119,9 +120,9 @@ int builder::meaning_of(const column_plan& plan, const QString& source_name)
             return r;
         auto known = m_globs.find(r);
         if (known == m_globs.end())
-            known = m_globs.insert(r, QRegularExpression(QRegularExpression::wildcardToRegularExpression(
-                                          QString::fromUtf8(glob)),
-                                          QRegularExpression::CaseInsensitiveOption));
+            known = m_globs.insert(
+                r, QRegularExpression(QRegularExpression::wildcardToRegularExpression(QString::fromUtf8(glob)),
+                                      QRegularExpression::CaseInsensitiveOption));
         if (known->match(source_name).hasMatch())
             return r;
     }
@@ -145,7 +146,8 @@ void builder::add_row(const QStringList& row)
         const QString column = m_columns.last().at(plan.column);
         if (rule < 0 && !report_values::is_time_column(column))
             continue;  // a text column whose rules fit other sources
-        const QString meaning = rule < 0 ? default_meaning(column) : QString::fromUtf8(meaning_rules().at(rule).meaning);
+        const QString meaning
+            = rule < 0 ? default_meaning(column) : QString::fromUtf8(meaning_rules().at(rule).meaning);
         const int meaning_index = intern(m_meanings, m_meaning_index, meaning);
         if (rule >= 0 && meaning_rules().at(rule).text_pattern)
             add_text_events(plan, value, rule, meaning_index, row_index);
@@ -191,8 +193,8 @@ void builder::add_text_events(const column_plan& plan, const QString& value, int
         if (!moment.isValid())
             continue;
         moment.setTimeSpec(Qt::UTC);
-        m_events.append({moment.toSecsSinceEpoch(), qint32(m_tables.size() - 1), qint32(plan.column),
-                         qint32(meaning), qint32(row)});
+        m_events.append({moment.toSecsSinceEpoch(), qint32(m_tables.size() - 1), qint32(plan.column), qint32(meaning),
+                         qint32(row)});
     }
 }
 
@@ -224,6 +226,19 @@ void builder::for_each(const std::function<void(const shown_event&)>& visit) con
     }
 }
 
+QStringList builder::tables() const
+{
+    QList<bool> used(m_tables.size(), false);
+    for (const event& e : m_events)
+        used[e.table] = true;
+    QStringList named;
+    for (int i = 0; i < m_tables.size(); ++i) {
+        if (used.at(i))
+            named << m_tables.at(i);
+    }
+    return named;
+}
+
 QStringList builder::csv_header()
 {
     return {"time_utc", "epoch_seconds", "meaning", "table", "column", "row", "user", "name", "source_file"};
@@ -231,8 +246,15 @@ QStringList builder::csv_header()
 
 QStringList builder::csv_fields(const shown_event& event)
 {
-    return {report_values::iso_utc(event.seconds), QString::number(event.seconds), event.meaning, event.table,
-            event.column, event.row, event.user, event.name, event.source_file};
+    return {report_values::iso_utc(event.seconds),
+            QString::number(event.seconds),
+            event.meaning,
+            event.table,
+            event.column,
+            event.row,
+            event.user,
+            event.name,
+            event.source_file};
 }
 
 }  // namespace timeline

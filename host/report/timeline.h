@@ -18,7 +18,7 @@ namespace timeline {
 
 struct meaning_rule
 {
-    const char* table;        // "*": any table
+    const char* table;  // "*": any table
     const char* column;
     const char* source_file;  // wildcard on the source file's name; "" for any
     const char* meaning;
@@ -58,7 +58,8 @@ public:
     qint64 size() const { return m_events.size(); }
     void for_each(const std::function<void(const shown_event&)>& visit) const;
     QStringList users() const { return m_strings_users; }
-    QStringList tables() const { return m_tables; }
+    // The tables that gave events, in table order.
+    QStringList tables() const;
 
     // The CSV header and the fields of one event, in the order both the CSV
     // and the page use.

@@ -20,8 +20,8 @@
 
 namespace {
 
-const QStringList k_tables = {"media_library", "podcasts",  "recents", "recent_played",
-                              "playlists",     "album_art", "album",   "exportfilelist"};
+const QStringList k_tables
+    = {"media_library", "podcasts", "recents", "recent_played", "playlists", "album_art", "album", "exportfilelist"};
 
 // Records of a CSV file (RFC 4180: quoted fields may hold line breaks).
 QList<QStringList> csv_records(const QString& path)
@@ -71,9 +71,16 @@ public:
         m_driver.start("/usr/bin/chromedriver", {QString("--port=%1").arg(port)});
         for (int i = 0; i < 100 && !call("GET", "/status").toObject().value("ready").toBool(); ++i)
             QTest::qWait(100);
-        const QJsonArray args = {"--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-                                 "--disable-background-networking", "--disable-component-update", "--disable-sync",
-                                 "--window-size=1400,1000", "--user-data-dir=" + m_profile.path()};
+        const QJsonArray args = {"--headless",
+                                 "--no-sandbox",
+                                 "--disable-gpu",
+                                 "--disable-quic",
+                                 "--no-first-run",
+                                 "--disable-background-networking",
+                                 "--disable-component-update",
+                                 "--disable-sync",
+                                 "--window-size=1400,1000",
+                                 "--user-data-dir=" + m_profile.path()};
         const QJsonObject chrome{{"binary", "/usr/bin/chromium"}, {"args", args}};
         const QJsonObject capabilities{{"alwaysMatch", QJsonObject{{"goog:chromeOptions", chrome}}}};
         m_session = call("POST", "/session", {{"capabilities", capabilities}}).toObject().value("sessionId").toString();
@@ -96,12 +103,15 @@ public:
     // Real key strokes into the element a selector names.
     void type(const QString& selector, const QString& text)
     {
-        const QJsonObject found =
-            call("POST", session("/element"), {{"using", "css selector"}, {"value", selector}}).toObject();
+        const QJsonObject found
+            = call("POST", session("/element"), {{"using", "css selector"}, {"value", selector}}).toObject();
         const QString id = found.value(found.keys().value(0)).toString();
         call("POST", session("/element/" + id + "/value"), {{"text", text}});
     }
-    QByteArray screenshot() { return QByteArray::fromBase64(call("GET", session("/screenshot")).toString().toLatin1()); }
+    QByteArray screenshot()
+    {
+        return QByteArray::fromBase64(call("GET", session("/screenshot")).toString().toLatin1());
+    }
 
 private:
     QString session(const QString& path) const { return "/session/" + m_session + path; }
@@ -143,7 +153,8 @@ QString search_word(const QString& database, const QString& table)
 {
     const QStringList columns = {"system_user", "file_name", "album_name", "playlist_name", "podcasts"};
     for (const QString& column : columns) {
-        const auto rows = test_support::query_rows(database, "SELECT " + column + " FROM " + table + " ORDER BY INT LIMIT 1");
+        const auto rows
+            = test_support::query_rows(database, "SELECT " + column + " FROM " + table + " ORDER BY INT LIMIT 1");
         const auto word = QRegularExpression("[A-Za-z]{3,}").match(rows.value(0).value(0).toString());
         if (word.hasMatch())
             return word.captured(0);
@@ -154,10 +165,13 @@ QString search_word(const QString& database, const QString& table)
 qint64 rows_holding(const QString& database, const QString& table, const QString& word)
 {
     QStringList any;
-    for (const QVariantList& column : test_support::query_rows(database, "SELECT name FROM pragma_table_info('" + table + "')"))
+    for (const QVariantList& column :
+         test_support::query_rows(database, "SELECT name FROM pragma_table_info('" + table + "')"))
         any << "\"" + column.value(0).toString() + "\" LIKE '%" + word + "%'";
     return test_support::query_rows(database, "SELECT count(*) FROM " + table + " WHERE " + any.join(" OR "))
-        .value(0).value(0).toLongLong();
+        .value(0)
+        .value(0)
+        .toLongLong();
 }
 
 }  // namespace
@@ -178,10 +192,11 @@ class test_report : public QObject
     QString golden_text(const sample_tree& tree) const
     {
         QJsonObject run = QJsonDocument::fromJson([&] {
-            QFile f(report_of(tree) + "/run.json");
-            f.open(QIODevice::ReadOnly);
-            return f.readAll();
-        }()).object();
+                              QFile f(report_of(tree) + "/run.json");
+                              f.open(QIODevice::ReadOnly);
+                              return f.readAll();
+                          }())
+                              .object();
         for (const char* key : {"started_utc", "ended_utc", "host", "command_line", "tool"})
             run.insert(key, "*");
         QJsonArray files;
@@ -224,8 +239,8 @@ private slots:
     void every_report_matches_its_golden_text_and_its_tables()
     {
         for (const sample_tree& tree : sample_trees()) {
-            const QString difference = test_support::compare_with_golden("report/" + tree.folder_name + ".txt",
-                                                                         golden_text(tree));
+            const QString difference
+                = test_support::compare_with_golden("report/" + tree.folder_name + ".txt", golden_text(tree));
             QVERIFY2(difference.isEmpty(), qPrintable(difference));
             for (const QString& table : k_tables) {
                 const auto records = csv_records(report_of(tree) + "/csv/" + table + ".csv");
@@ -277,8 +292,10 @@ private slots:
 
             chromium.open(report_of(tree) + "/timeline.html");
             chromium.run(k_show_all.arg("timeline"));
-            const QJsonArray times = chromium.run("return [...document.querySelectorAll('#timeline tbody span.time')]"
-                                                  ".map(s => Number(s.title));").toArray();
+            const QJsonArray times = chromium
+                                         .run("return [...document.querySelectorAll('#timeline tbody span.time')]"
+                                              ".map(s => Number(s.title));")
+                                         .toArray();
             QVERIFY2(times.size() == csv_records(report_of(tree) + "/timeline.csv").size() - 1, qPrintable(where));
             for (int i = 1; i < times.size(); ++i)
                 QVERIFY2(times.at(i - 1).toDouble() <= times.at(i).toDouble(), qPrintable(where));
@@ -286,11 +303,14 @@ private slots:
             if (!user.isEmpty()) {
                 chromium.run("const s = document.getElementById('filter-user'); s.value = '" + user
                              + "'; s.dispatchEvent(new Event('change'));");
-                const QJsonArray shown = chromium.run("return [...document.querySelectorAll('#timeline tbody tr')]"
-                                                      ".map(r => r.cells[5].textContent);").toArray();
+                const QJsonArray shown = chromium
+                                             .run("return [...document.querySelectorAll('#timeline tbody tr')]"
+                                                  ".map(r => r.cells[5].textContent);")
+                                             .toArray();
                 const auto events = csv_records(report_of(tree) + "/timeline.csv");
-                QVERIFY2(shown.size() == std::count_if(events.begin(), events.end(),
-                                                       [&](const QStringList& e) { return e.value(6) == user; }),
+                QVERIFY2(shown.size()
+                             == std::count_if(events.begin(), events.end(),
+                                              [&](const QStringList& e) { return e.value(6) == user; }),
                          qPrintable(where + " " + user));
                 QVERIFY2(shown.toVariantList().count(user) == shown.size(), qPrintable(where + " " + user));
             }
