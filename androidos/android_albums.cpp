@@ -31,6 +31,14 @@ QString album_title(const prepared_statement& album)
     return album.is_null(title) ? QStringLiteral("Unknown Album") : album.text(title);
 }
 
+// The tracks' paths joined: an album with tracks keeps the empty text even
+// when none of them has a path; one without tracks keeps none (NULL).
+QString joined_paths(const QStringList& paths)
+{
+    const QString joined = paths.join(k_separator);
+    return paths.isEmpty() || !joined.isNull() ? joined : QString(0, QChar());
+}
+
 }  // namespace
 
 void vlc_androidos::extract_album_art()
@@ -100,7 +108,7 @@ bool vlc_androidos::insert_album_rows(android_source_run& run)
                                     artist,
                                     convert_sec_to_hh_mm_ss(album.text(duration)),
                                     export_paths.value(0),
-                                    export_paths.join(k_separator),
+                                    joined_paths(export_paths),
                                     source_file,
                                     os_scheme_display,
                                     plugin_static_function::get_source_count_name()};

@@ -201,9 +201,10 @@ QString vlc_androidos::thumbnail_path_from_mrl(QString mrl, const QString& signa
         return external;
     if (source_path_guard::exists_inside(internal, source_root, signature))
         return internal;
-    // Later models keep thumbnails elsewhere in the external files folder.
+    // From model 17 the app also keeps thumbnails elsewhere in its external
+    // files folder; earlier models never wrote there.
     const QString marker = "/Android/data/org.videolan.vlc/files/";
-    const int files = mrl.indexOf(marker);
+    const int files = database_shape.model() >= 17 ? mrl.indexOf(marker) : -1;
     const QString elsewhere = files >= 0 ? source_root + external_files + mrl.mid(files + marker.size()) : QString();
     if (!elsewhere.isEmpty() && source_path_guard::exists_inside(elsewhere, source_root, signature))
         return elsewhere;

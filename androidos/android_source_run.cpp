@@ -4,7 +4,6 @@
 
 #include "plugin_helper_functions.h"
 #include "plugin_static_function.h"
-#include "source_path_guard.h"
 
 #include <QSqlQuery>
 
@@ -26,11 +25,10 @@ bool android_source_run::open(const QString& source_path, const QString& source_
     plugin_static_function::app_debug("START", m_signature);
     if (source_path.isEmpty() || !QFileInfo::exists(source_path) || !helper)
         return false;
-    if (!companions_inside(source_path, source_root))
-        return false;
 
-    // The evidence is only ever opened through this copy (with its -wal and -shm).
-    const QString copy = helper->get_adhoc_path_for_database(source_path);
+    // The evidence is only ever opened through this copy, with its -wal and
+    // -shm where they stay inside the source.
+    const QString copy = helper->get_adhoc_path_for_database(source_path, source_root);
     if (copy.isEmpty() || !QFileInfo::exists(copy) || QFileInfo(copy).isDir())
         return false;
 
@@ -100,18 +98,6 @@ qint64 android_source_run::row_ceiling(const QString& select_statement)
     // Too damaged to count: no row of a table takes less than four bytes of
     // its file.
     return QFileInfo(source_name()).size() / 4;
-}
-
-bool android_source_run::companions_inside(const QString& source_path, const QString& source_root) const
-{
-    // The working copy takes the -wal and -shm beside the database along; one
-    // that links out of the source would be read from there.
-    for (const char* suffix : {"-wal", "-shm"}) {
-        const QString companion = source_path + suffix;
-        if (!source_path_guard::allow(companion, source_root, m_signature))
-            return false;
-    }
-    return true;
 }
 
 void android_source_run::tune_source_cache()

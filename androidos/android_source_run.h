@@ -64,7 +64,6 @@ public:
 
 private:
     static constexpr int k_source_cache_kib = 64 * 1024;
-    bool companions_inside(const QString& source_path, const QString& source_root) const;
     void tune_source_cache();
     void watch_source_statements();
     static int over_row_limit(void* run);

@@ -5,6 +5,7 @@
 
 #include "media_extension_lists.h"
 #include "plugin_static_function.h"
+#include "source_path_guard.h"
 
 namespace {
 constexpr int k_bucket_count = 36;  // ten digits and 26 letters
@@ -51,29 +52,32 @@ bool copy_evidence_file(const QString& from, const QString& to)
     return true;
 }
 
-// A companion is taken along only from the database's own folder, which the
-// caller has already checked: one that is a link may lead out of the evidence
-// and is neither followed nor copied. Only the entry itself is looked at
-// (lstat), never what it points to.
-bool is_link(const QString& companion)
+const QString sig_database_copy = "QString plugin_helper_functions::get_adhoc_path_for_database(QString)";
+
+// A companion is taken along from the database's own folder, which the caller
+// has already checked. One that is a link may lead anywhere: it is followed
+// only when it resolves inside the source root, and never when no root is
+// known.
+bool may_copy(const QString& companion, const QString& source_root)
 {
     if (!QFileInfo(companion).isSymLink())
-        return false;
+        return true;
+    if (!source_root.isEmpty())
+        return source_path_guard::allow(companion, source_root, sig_database_copy);
     plugin_static_function::app_debug("database companion is a link ---FAILED--- not copied: " + companion,
-                                      "QString plugin_helper_functions::get_adhoc_path_for_database(QString)");
-    return true;
+                                      sig_database_copy);
+    return false;
 }
 
 }  // namespace
 
-QString plugin_helper_functions::get_adhoc_path_for_database(QString path)
+QString plugin_helper_functions::get_adhoc_path_for_database(QString path, const QString& source_root)
 {
     const QString source = path.trimmed();
     if (source.isEmpty())
         return QString();
 
-    const QString name = plugin_static_function::get_available_file(
-        source, adhoc_parent_path, "QString plugin_helper_functions::get_adhoc_path_for_database(QString)");
+    const QString name = plugin_static_function::get_available_file(source, adhoc_parent_path, sig_database_copy);
     const QString copy = adhoc_parent_path + name;
     if (name.isEmpty())
         return copy;  // cancelled: the folder alone, which callers treat as not found
@@ -83,7 +87,7 @@ QString plugin_helper_functions::get_adhoc_path_for_database(QString path)
     copy_evidence_file(source, copy);
     for (const QString& companion : {QString("-shm"), QString("-wal")}) {
         QFile::remove(copy + companion);
-        if (!is_link(source + companion))
+        if (may_copy(source + companion, source_root))
             copy_evidence_file(source + companion, copy + companion);
     }
     return copy;

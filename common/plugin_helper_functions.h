@@ -20,7 +20,11 @@ public:
     void set_adhoc_parent_path(QString path);
     QString get_adhoc_parent_path() const { return adhoc_parent_path; }
 
-    QString get_adhoc_path_for_database(QString path);
+    // A copy of the database with its -wal and -shm companions. Given the
+    // source root, a companion that is a link is copied when it resolves
+    // inside the root and left out (logged once) when it leads out; without
+    // it, a companion that is a link is never copied.
+    QString get_adhoc_path_for_database(QString path, const QString& source_root = QString());
     QString get_adhoc_path_for_regular_file(QString path);
 
     bool check_is_image_by_extn(QString file_name);

@@ -6,6 +6,8 @@
 #include <QtMath>
 
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 
 #include "extended_attribute_reader.h"
 #include "plist_document.h"
@@ -114,6 +116,31 @@ struct_GLOBAL_ARTIFACT_used_dates used_dates_from(const QString& last, const QSt
     return dates;
 }
 
+// Seconds since 2001 as the date node stores them. libplist hands a date
+// out as seconds cut toward zero and an unsigned fraction, which loses the
+// sign of a moment in the last second before 2001; the node's binary form
+// keeps the stored number (a date object, marker 0x33, then a big-endian
+// double, right after the 8-byte header).
+double date_seconds_since_2001(plist_t date)
+{
+    int32_t seconds = 0;
+    int32_t microseconds = 0;
+    plist_get_date_val(date, &seconds, &microseconds);
+    double stored = seconds + (seconds < 0 ? -microseconds : microseconds) / 1e6;
+    char* bytes = nullptr;
+    uint32_t length = 0;
+    plist_to_bin(date, &bytes, &length);
+    if (bytes && length >= 17 && quint8(bytes[8]) == 0x33) {
+        quint64 bits = 0;
+        for (int i = 9; i < 17; ++i)
+            bits = (bits << 8) | quint8(bytes[i]);
+        std::memcpy(&stored, &bits, sizeof stored);
+    }
+    std::free(bytes);
+    // libplist's own reading holds 32 bits of seconds; so do we.
+    return std::isfinite(stored) ? qBound(-2147483648.0, stored, 2147483647.0) : 0.0;
+}
+
 #ifndef __APPLE__
 
 // Seconds of the "com.apple.lastuseddate#PS" attribute: a timespec, little-endian.
@@ -195,11 +222,9 @@ qint64 plugin_static_function::convert_nsdate_to_epoch(plist_t date)
 {
     if (!date || plist_get_node_type(date) != PLIST_DATE)
         return 0;
-    int32_t seconds = 0;
-    int32_t microseconds = 0;
-    plist_get_date_val(date, &seconds, &microseconds);
-    // Whole seconds only: the fraction is dropped, as the date texts do.
-    return qint64(seconds) + k_seconds_1970_to_2001;
+    // Whole seconds only, the second that holds the moment, as the date
+    // texts give it: the fraction is dropped toward the past.
+    return qint64(std::floor(date_seconds_since_2001(date))) + k_seconds_1970_to_2001;
 }
 
 QString plugin_static_function::plist_value_as_text(plist_t node)

@@ -64,11 +64,13 @@ QStringList default_users(const QString& source_root, const QString& os_scheme)
 {
     if (os_scheme != "macOS" && os_scheme != "winOS")
         return {};
-    static const QStringList not_accounts = {"Shared", "Public", "Default", "Default User", "All Users", "Guest"};
+    // Every profile folder is scanned, the guest's and the system's own
+    // included: a trace in any of them is evidence. Only the folder every
+    // account shares and hidden folders are left out.
     const QDir users(QDir(source_root).filePath("Users"));
     QStringList names;
     for (const QString& name : users.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
-        if (!not_accounts.contains(name) && !name.startsWith('.'))
+        if (name != "Shared" && !name.startsWith('.'))
             names << name;
     }
     return names;

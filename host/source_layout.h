@@ -20,8 +20,8 @@ QStringList tables_read(const QString& os_scheme);
 // Whether the tree has an account folder of that name (macOS and Windows).
 bool has_account_folder(const QString& source_root, const QString& user);
 
-// Account folders under the source's users root (macOS and Windows), without
-// the system's shared and template folders.
+// Account folders under the source's users root (macOS and Windows): every
+// folder but "Shared" and hidden ones.
 QStringList default_users(const QString& source_root, const QString& os_scheme);
 
 }  // namespace source_layout

@@ -165,13 +165,15 @@ vlc_macos::media_file_facts vlc_macos::gather_media_file_facts(const QString& so
     facts.file_name = QFileInfo(source_path).fileName();
     facts.suffix = plugin_static_function::mining_suffix(source_path);
     // A name that leads out of the source is absent: never opened, measured or read.
-    if (!source_path_guard::allow(source_path, source_root, caller))
+    const bool inside = source_path_guard::allow(source_path, source_root, caller);
+    // Every row carries the selected-attribute document; for a file absent
+    // from the source it holds the header alone.
+    facts.extended = get_extended_attributes({source_path});
+    if (!inside)
         return facts;
     facts.source_path = source_path;
-    if (!with_file_facts) {
-        facts.extended = get_extended_attributes({source_path});
+    if (!with_file_facts)
         return facts;
-    }
     const QFileInfo info(source_path);
     // Asked after the type, existence comes with the same status read.
     facts.exists = info.isFile() || info.isDir() || info.exists();
@@ -181,7 +183,6 @@ vlc_macos::media_file_facts vlc_macos::gather_media_file_facts(const QString& so
     facts.birth_seconds = file_times::of(source_path).birth;
     facts.attributes = extract_cfstring_attributes(info);
     facts.used = plugin_static_function::extract_used_date(source_path);
-    facts.extended = get_extended_attributes({source_path});
     return facts;
 }
 

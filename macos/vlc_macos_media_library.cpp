@@ -67,7 +67,7 @@ void vlc_macos::extract_media_library()
             const QStringList values = {
                 "0", user, facts.file_name, facts.size, facts.exists ? "YES" : "NO", facts.suffix, location,
                 track.title, track.creator, track.album, track.track_num, track.annotation, track.image,
-                track.duration.isEmpty() ? QString() : convert_sec_to_hh_mm_ss(track.duration), track.application,
+                convert_sec_to_hh_mm_ss(track.duration), track.application,
                 track.id, facts.birth_seconds, a.content_creation_date, a.content_modification_date, a.content_type,
                 facts.source_path, facts.source_path, a.fs_content_change_date, a.fs_creation_date, a.fs_name,
                 a.fs_node_count, facts.used.last_used_date, facts.used.used_dates.join(";++::++;"),

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 
 #include "plugin_static_function.h"
+#include "source_path_guard.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_winos.h"
 
@@ -48,14 +49,17 @@ void vlc_winos::album_arts_artifacts()
         if (stop_on_cancel())
             return;
         const auto account = account_of(folder);
-        // Links are not followed: one in the cache could point anywhere.
-        QDirIterator entries(folder, QDir::Files | QDir::Hidden | QDir::System | QDir::NoSymLinks,
-                             QDirIterator::Subdirectories);
+        // Linked folders are not walked; a linked picture counts when it
+        // resolves to a regular file inside the source.
+        QDirIterator entries(folder, QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
         while (entries.hasNext()) {
             if (stop_on_cancel())
                 return;
             const QString found = entries.next();
-            if (!entries.fileInfo().isFile())
+            const QFileInfo& info = entries.fileInfo();
+            if (info.isSymLink() && !source_path_guard::allow(found, source_root, sig_art))
+                continue;
+            if (!info.isFile())
                 continue;
             const QString path = plugin_static_function::get_complete_file_path(found, QString(), source_type);
             const QString suffix = plugin_static_function::mining_suffix(path);

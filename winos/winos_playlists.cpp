@@ -23,6 +23,12 @@ const QString k_insert_playlists =
     "preview_file_path,export_file_paths ,windows_path,duration,creation_timestamp,modification_timestamp,"
     "last_access_timestamp,source_file, source_count_name, os_scheme_display)VALUES(0,?,?,? ,?,?,?,? ,?,?,?,? ,?,?,?,? ,?,?)";
 
+// The text of the element the reader stands on; empty on any other token.
+QString element_text(QXmlStreamReader& xml)
+{
+    return xml.isStartElement() ? xml.readElementText() : QString();
+}
+
 // Far more entries than any real playlist collection holds, few enough that
 // the collected list stays within a modest amount of memory.
 constexpr qsizetype k_max_playlist_entries = 200000;
@@ -162,8 +168,11 @@ void vlc_winos::get_info_from_xspf_file(QString playlist_path, QString context1,
         return;
 
     // Each step looks at the token after the next one that is not a start
-    // tag: in the player's files that is the tag after a whitespace run. A
-    // track is complete when its closing id tag is read.
+    // tag: in the player's files that is the tag after a whitespace run. The
+    // token is judged by its name whatever its kind: where no whitespace
+    // separates the tags it is a closing tag, whose text is empty, so such a
+    // track keeps no value of an earlier one. A track is complete when its
+    // closing id tag is read.
     QBuffer buffer(&data);
     buffer.open(QIODevice::ReadOnly);
     xml_doctype_filter filtered(&buffer);
@@ -174,13 +183,13 @@ void vlc_winos::get_info_from_xspf_file(QString playlist_path, QString context1,
             continue;
         xml.readNext();
         const auto name = xml.name();
-        if (name == QLatin1String("location") && xml.isStartElement()) {
-            QString location = xml.readElementText();
+        if (name == QLatin1String("location")) {
+            QString location = element_text(xml);
             location.remove("file:///");
             location.replace("%20", " ");
             playlist_work_record.media_path = location;
-        } else if (name == QLatin1String("duration") && xml.isStartElement()) {
-            playlist_work_record.duration = QString::number(xml.readElementText().toLongLong() / 1000);
+        } else if (name == QLatin1String("duration")) {
+            playlist_work_record.duration = QString::number(element_text(xml).toLongLong() / 1000);
         } else if (name == QLatin1String("id") && xml.isEndElement()) {
             append_playlist_entry();
         }

@@ -36,11 +36,13 @@ QStringList podcast_lines(const QByteArray& data)
     return lines;
 }
 
-// Why a preference file could not be read. Only a regular file is opened
-// again to ask: opening a named pipe would wait for a writer for ever.
+// Why a preference file could not be read: the file's own error text. A
+// named pipe or a device is not opened again to ask, as opening it could
+// wait for a writer for ever.
 QString open_error_text(const QString& path)
 {
-    if (!QFileInfo(path).isFile())
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile() && !info.isDir())
         return "not a regular file";
     QFile file(path);
     file.open(QIODevice::ReadOnly);

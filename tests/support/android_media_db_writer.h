@@ -22,9 +22,6 @@ public:
     explicit android_media_db_writer(const QString& connection_name = "android_media_db_writer");
     ~android_media_db_writer();
 
-    android_media_db_writer(const android_media_db_writer&) = delete;
-    android_media_db_writer& operator=(const android_media_db_writer&) = delete;
-
     // The empty schema file of a model version in the shared samples.
     static QString schema_path(int model);
 
@@ -40,18 +37,11 @@ public:
     bool begin() { return m_db.transaction(); }
     bool commit() { return m_db.commit(); }
     bool exec(const QString& statement, QString* error = nullptr);
-    // Inserts one row (a missing column takes its default; an invalid QVariant
-    // is NULL); returns the new row id, or -1 with last_error() set.
-    qint64 insert(const QString& table, const QVariantMap& values);
     QString last_error() const { return m_error; }
     void close();
-
-    // The model of the open database (as given to create).
-    int model() const { return m_model; }
-    // Column names of a table (lower case); empty when it does not exist.
-    QStringList columns(const QString& table);
     bool has_column(const QString& table, const QString& column) { return columns(table).contains(column.toLower()); }
-    // Inserts the values whose columns the table has; the others are left out.
+    // Inserts the values whose columns the table has (an invalid QVariant is
+    // NULL); returns the new row id, or -1 with last_error() set.
     qint64 insert_present(const QString& table, const QVariantMap& values);
 
     // The rows the app writes, with the columns the readers look at.
@@ -76,11 +66,11 @@ public:
     qint64 add_playlist_item(qint64 playlist_id, const QVariant& media_id, int position);
 
 private:
-    enum class entity { media = 0, album = 1 };
-    bool attach_thumbnail(entity kind, qint64 id, const QVariant& thumbnail_id);
-    bool update(const QString& table, const QString& key_column, qint64 key, const QVariantMap& values);
-    QVariant present_value(int nb_tracks) const;
-    QVariantMap with_required(const QString& table, const QVariantMap& values);
+    QStringList columns(const QString& table);  // lower case; empty when the table does not exist
+    qint64 insert(const QString& table, const QVariantMap& values);
+    bool attach_thumbnail(bool album, qint64 id, const QVariant& thumbnail_id);
+    bool update(const QString& table, qint64 key, const QVariantMap& values);
+    bool failed(const QSqlQuery& query);
 
     QString m_name;
     int m_model = 0;

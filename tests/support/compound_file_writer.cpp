@@ -58,9 +58,7 @@ QByteArray entry_bytes(const entry& e)
     put16(out, e.type ? static_cast<quint16>((name.size() + 1) * 2) : 0);
     out.append(static_cast<char>(e.type));
     out.append(static_cast<char>(1));  // black
-    put32(out, e.left);
-    put32(out, e.right);
-    put32(out, e.child);
+    put32(out, {e.left, e.right, e.child});
     out.append(QByteArray(16 + 4 + 8 + 8, '\0'));  // class id, state, times
     put32(out, e.start);
     put64(out, e.size);
@@ -160,23 +158,12 @@ QByteArray build(const QList<stream>& streams)
         put32(fat_bytes, k_free);
     sectors.append(fat_bytes);
 
-    QByteArray header = QByteArray::fromHex("d0cf11e0a1b11ae1");
-    header.append(QByteArray(16, '\0'));
-    put16(header, 0x003E);
-    put16(header, 0x0003);
-    put16(header, 0xFFFE);
-    put16(header, 9);
-    put16(header, 6);
-    header.append(QByteArray(6, '\0'));
-    put32(header, 0);  // directory sectors (version 3)
-    put32(header, static_cast<quint32>(fat_sectors));
-    put32(header, directory_start);
-    put32(header, 0);
-    put32(header, static_cast<quint32>(k_mini_cutoff));
-    put32(header, mini_fat_sectors ? mini_fat_start : k_end_of_chain);
-    put32(header, static_cast<quint32>(mini_fat_sectors));
-    put32(header, k_end_of_chain);  // no DIFAT sectors
-    put32(header, 0);
+    // Signature, class id, version 3 with 512-byte sectors and 64-byte mini
+    // sectors; no directory sector count (version 3) and no DIFAT sectors.
+    QByteArray header = QByteArray::fromHex("d0cf11e0a1b11ae100000000000000000000000000000000"
+                                            "3e000300feff09000600000000000000");
+    put32(header, {0, quint32(fat_sectors), directory_start, 0, quint32(k_mini_cutoff),
+                   mini_fat_sectors ? mini_fat_start : k_end_of_chain, quint32(mini_fat_sectors), k_end_of_chain, 0});
     for (int i = 0; i < 109; ++i)
         put32(header, i < fat_sectors ? static_cast<quint32>(fat_start + i) : k_free);
     return header + sectors;
@@ -185,21 +172,12 @@ QByteArray build(const QList<stream>& streams)
 QByteArray dest_list(int entries)
 {
     QByteArray out;
-    put32(out, 1);  // version
-    put32(out, static_cast<quint32>(entries));
-    put32(out, 0);  // pinned
-    put32(out, 0);
-    put32(out, static_cast<quint32>(entries));  // last entry number
-    put32(out, 0);
-    put32(out, static_cast<quint32>(entries));  // last revision
-    put32(out, 0);
+    // Version, entries, pinned entries, last entry number, last revision.
+    put32(out, {1, quint32(entries), 0, 0, quint32(entries), 0, quint32(entries), 0});
     for (int i = 1; i <= entries; ++i) {
         out.append(QByteArray(8 + 16 * 4, '\0'));  // checksum and object ids
         out.append(QByteArray("desktop-case01").leftJustified(16, '\0'));
-        put32(out, static_cast<quint32>(i));
-        put32(out, 0);
-        put64(out, 0);
-        put32(out, 0xFFFFFFFF);  // not pinned
+        put32(out, {quint32(i), 0, 0, 0, 0xFFFFFFFF});  // entry number, access time, not pinned
         const QString path = "C:\\item" + QString::number(i);
         put16(out, static_cast<quint16>(path.size()));
         for (const QChar c : path)

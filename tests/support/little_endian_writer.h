@@ -6,6 +6,8 @@
 #include <QByteArray>
 #include <QtEndian>
 
+#include <initializer_list>
+
 namespace little_endian_writer {
 
 template <typename T>
@@ -19,5 +21,11 @@ inline void put(QByteArray& out, T value)
 inline void put16(QByteArray& out, quint16 value) { put(out, value); }
 inline void put32(QByteArray& out, quint32 value) { put(out, value); }
 inline void put64(QByteArray& out, quint64 value) { put(out, value); }
+// Several 32-bit fields in a row.
+inline void put32(QByteArray& out, std::initializer_list<quint32> values)
+{
+    for (quint32 value : values)
+        put(out, value);
+}
 
 }  // namespace little_endian_writer

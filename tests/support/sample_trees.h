@@ -1,8 +1,10 @@
 #pragma once
 
-// The sample evidence trees: one per scheme, written by our own generators.
-// The host program's demo, the end-to-end tests and the benchmarks all use
-// these; each extractor adds what its scheme's tree must hold.
+// The evidence trees our generators write. The sample trees, one per scheme,
+// are the host program's demo and the end-to-end tests' reference; the
+// hostile trees hold what an examiner meets in damaged or tampered images
+// (links and paths that lead out of the source, named pipes, oversized and
+// malformed files) and are for the tests only.
 
 #include <QList>
 #include <QString>
@@ -12,16 +14,24 @@
 
 struct sample_tree
 {
-    QString os_scheme;       // "macOS", "winOS", "androidOS", "iOS_UID"
-    QString folder_name;     // folder of the tree below the samples folder
-    QStringList users;       // accounts the host passes for this tree
+    QString os_scheme;    // "macOS", "winOS", "androidOS", "iOS_UID"
+    QString folder_name;  // folder of the tree below the samples folder; the name of its golden file
+    QStringList users;    // accounts the demo passes for this tree
     // Writes the tree below root (which exists and is empty); false with a
     // reason when something could not be written.
     std::function<bool(const QString& root, QString* error)> write;
+    // Further host arguments of the tests' run (selected metadata keys, given accounts).
+    QStringList arguments = {};
+    // Where the evidence root lies in the written folder, for a tree that
+    // keeps files beside its evidence; empty: the folder itself.
+    QString root_below = {};
 };
 
 // Every scheme's sample, in a fixed order.
 QList<sample_tree> sample_trees();
+// The hostile trees of macOS and Windows; the evidence lies in "evidence",
+// the files it must never reach in "outside" beside it.
+QList<sample_tree> hostile_trees();
 
 // Writers of each scheme's sample tree (one file each).
 bool write_macos_sample_tree(const QString& root, QString* error);

@@ -10,12 +10,8 @@ enum link_flag : quint32 {
     has_target_id_list = 0x01,
     has_link_info = 0x02,
     has_name = 0x04,
-    has_relative_path = 0x08,
     has_working_dir = 0x10,
-    has_arguments = 0x20,
-    has_icon_location = 0x40,
     is_unicode = 0x80,
-    has_exp_string = 0x200,
 };
 
 using little_endian_writer::put16;
@@ -34,16 +30,6 @@ QByteArray fixed_ansi(const QString& text, int size)
     return bytes;
 }
 
-QByteArray fixed_utf16(const QString& text, int units)
-{
-    QByteArray bytes;
-    const QString cut = text.left(units - 1);
-    for (const QChar c : cut)
-        put16(bytes, c.unicode());
-    bytes.append(QByteArray((units - cut.size()) * 2, '\0'));
-    return bytes;
-}
-
 void put_string_data(QByteArray& out, const QString& text)
 {
     put16(out, static_cast<quint16>(text.size()));
@@ -53,19 +39,14 @@ void put_string_data(QByteArray& out, const QString& text)
 
 QByteArray header(const link_fields& f, quint32 flags)
 {
-    QByteArray out;
-    put32(out, 0x4C);
-    out.append(QByteArray::fromHex("0114020000000000c000000000000046"));
-    put32(out, flags);
-    put32(out, f.file_attributes);
-    put64(out, f.creation_filetime);
-    put64(out, f.access_filetime);
-    put64(out, f.write_filetime);
-    put32(out, f.file_size);
-    put32(out, 0);  // icon index
-    put32(out, 1);  // show normal
-    put16(out, 0);  // hot key
-    out.append(QByteArray(10, '\0'));
+    // Header size and the link class id, then the caller's fields; icon
+    // index 0, shown normally, no hot key.
+    QByteArray out = QByteArray::fromHex("4c0000000114020000000000c000000000000046");
+    put32(out, {flags, f.file_attributes});
+    for (quint64 time : {f.creation_filetime, f.access_filetime, f.write_filetime})
+        put64(out, time);
+    put32(out, {f.file_size, 0, 1});
+    out.append(QByteArray(12, '\0'));
     return out;
 }
 
@@ -83,25 +64,17 @@ QByteArray volume_id(const link_fields& f)
 {
     const QByteArray label = ansi_z(f.volume_label);
     QByteArray out;
-    put32(out, static_cast<quint32>(16 + label.size()));
-    put32(out, f.drive_type);
-    put32(out, f.drive_serial);
-    put32(out, 16);  // label offset
-    out.append(label);
-    return out;
+    put32(out, {quint32(16 + label.size()), f.drive_type, f.drive_serial, 16});  // the label at offset 16
+    return out + label;
 }
 
 QByteArray network_link(const QString& share)
 {
     const QByteArray name = ansi_z(share);
+    // A valid net type, the name at offset 20, no device name, the LanMan provider.
     QByteArray out;
-    put32(out, static_cast<quint32>(20 + name.size()));
-    put32(out, 0x2);        // valid net type
-    put32(out, 20);         // net name offset
-    put32(out, 0);          // no device name
-    put32(out, 0x00020000);  // provider: LanMan
-    out.append(name);
-    return out;
+    put32(out, {quint32(20 + name.size()), 0x2, 20, 0, 0x00020000});
+    return out + name;
 }
 
 QByteArray link_info(const link_fields& f)
@@ -127,34 +100,15 @@ QByteArray link_info(const link_fields& f)
     body.append('\0');  // empty common path suffix
 
     QByteArray out;
-    put32(out, header_size + body.size());
-    put32(out, header_size);
-    put32(out, flags);
-    put32(out, volume_offset);
-    put32(out, local_offset);
-    put32(out, network_offset);
-    put32(out, suffix_offset);
-    out.append(body);
-    return out;
-}
-
-QByteArray environment_block(const QString& path)
-{
-    QByteArray out;
-    put32(out, 0x314);
-    put32(out, 0xA0000001);
-    out.append(fixed_ansi(path, 260));
-    out.append(fixed_utf16(path, 260));
-    return out;
+    put32(out, {quint32(header_size + body.size()), header_size, flags, volume_offset, local_offset, network_offset,
+                suffix_offset});
+    return out + body;
 }
 
 QByteArray tracker_block(const QString& machine)
 {
     QByteArray out;
-    put32(out, 0x60);
-    put32(out, 0xA0000003);
-    put32(out, 0x58);
-    put32(out, 0);
+    put32(out, {0x60, 0xA0000003, 0x58, 0});
     out.append(fixed_ansi(machine, 16));
     // Volume and object ids, current and at birth: fixed test values.
     for (int i = 0; i < 4; ++i)
@@ -181,17 +135,11 @@ QByteArray build(const link_fields& f)
     {
         quint32 flag;
         const QString* text;
-    } strings[] = {{has_name, &f.description},
-                   {has_relative_path, &f.relative_path},
-                   {has_working_dir, &f.working_directory},
-                   {has_arguments, &f.arguments},
-                   {has_icon_location, &f.icon_location}};
+    } strings[] = {{has_name, &f.description}, {has_working_dir, &f.working_directory}};
     for (const auto& s : strings) {
         if (!s.text->isEmpty())
             flags |= s.flag;
     }
-    if (!f.environment_path.isEmpty())
-        flags |= has_exp_string;
 
     QByteArray out = header(f, flags);
     if (!f.target_id_list.isEmpty())
@@ -202,8 +150,6 @@ QByteArray build(const link_fields& f)
         if (!s.text->isEmpty())
             put_string_data(out, *s.text);
     }
-    if (!f.environment_path.isEmpty())
-        out.append(environment_block(f.environment_path));
     if (!f.machine_id.isEmpty())
         out.append(tracker_block(f.machine_id));
     put32(out, 0);  // terminal block

@@ -2,8 +2,8 @@
 
 // Writes real Windows shell links (.lnk): the header, an optional target ID
 // list, a link-info block with a volume and local path or a network share,
-// Unicode string data and extra blocks (environment path, tracker with the
-// machine name). Every field is the caller's, so tests can assert each one.
+// Unicode string data and a tracker block with the machine name. Every field
+// is the caller's, so tests can assert each one.
 
 #include <QByteArray>
 #include <QString>
@@ -32,13 +32,9 @@ struct link_fields
 
     // String data, stored as UTF-16.
     QString description;
-    QString relative_path;
     QString working_directory;
-    QString arguments;
-    QString icon_location;
 
-    QString environment_path;  // environment-variables block when set
-    QString machine_id;        // tracker block when set (at most 15 characters)
+    QString machine_id;  // tracker block when set (at most 15 characters)
 };
 
 // Unix seconds as FILETIME ticks.

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QSqlRecord>
@@ -14,25 +15,10 @@
 
 namespace test_support {
 
-QString shared_fixtures_dir()
-{
-    return tree_writer::shared_fixtures_dir();
-}
-
-QString plugin_library_path()
-{
-    return QStringLiteral(VLC_TEST_PLUGIN_PATH);
-}
-
-QString host_program_path()
-{
-    return QStringLiteral(VLC_TEST_HOST_PATH);
-}
-
-QString source_dir()
-{
-    return QStringLiteral(VLC_TEST_SOURCE_DIR);
-}
+QString shared_fixtures_dir() { return tree_writer::shared_fixtures_dir(); }
+QString plugin_library_path() { return QStringLiteral(VLC_TEST_PLUGIN_PATH); }
+QString host_program_path() { return QStringLiteral(VLC_TEST_HOST_PATH); }
+QString source_dir() { return QStringLiteral(VLC_TEST_SOURCE_DIR); }
 
 process_result run_host(const QStringList& arguments, int timeout_ms)
 {
@@ -100,20 +86,16 @@ QString dump_table(const QString& database_path, const QString& table, const QSt
     QString text;
     with_read_only_db(database_path, [&](QSqlDatabase& db) {
         QSqlQuery query(db);
-        if (!query.exec("SELECT * FROM " + table + " ORDER BY INT")) {
+        if (!query.exec("SELECT * FROM " + table + " ORDER BY INT"))
             text = "cannot read " + table + "\n";
-            return;
-        }
         while (query.next()) {
             QStringList cells;
-            const QSqlRecord record = query.record();
-            for (int i = 0; i < record.count(); ++i) {
-                const QString column = record.fieldName(i);
-                const QVariant value = query.value(i);
-                if (value.isNull())
-                    continue;  // NULL columns are left out to keep lines short
-                const QString shown = (column == "INT" || masked.contains(column)) ? QString("*") : value.toString();
-                cells << column + "=" + shown;
+            for (int i = 0; i < query.record().count(); ++i) {
+                const QString column = query.record().fieldName(i);
+                // NULL columns are left out to keep lines short; a value keeps to its line.
+                const QString value = query.value(i).toString().replace('\n', "\\n");
+                if (!query.value(i).isNull())
+                    cells << column + "=" + (column == "INT" || masked.contains(column) ? "*" : value);
             }
             text += cells.join("|") + "\n";
         }
@@ -137,10 +119,9 @@ QString compare_with_golden(const QString& name, const QString& text)
     const QStringList expected = QString::fromUtf8(file.readAll()).split('\n');
     const QStringList actual = text.split('\n');
     for (int i = 0; i < qMax(expected.size(), actual.size()); ++i) {
-        const QString e = i < expected.size() ? expected.at(i) : QString("<missing>");
-        const QString a = i < actual.size() ? actual.at(i) : QString("<missing>");
-        if (e != a)
-            return QString("%1 line %2:\n  expected: %3\n  actual:   %4").arg(name).arg(i + 1).arg(e, a);
+        if (expected.value(i, "<missing>") != actual.value(i, "<missing>"))
+            return QString("%1 line %2:\n  expected: %3\n  actual:   %4")
+                .arg(name).arg(i + 1).arg(expected.value(i, "<missing>"), actual.value(i, "<missing>"));
     }
     return QString();
 }
@@ -148,36 +129,30 @@ QString compare_with_golden(const QString& name, const QString& text)
 QMap<QString, QByteArray> snapshot_tree(const QString& root)
 {
     QMap<QString, QByteArray> snapshot;
-    QDirIterator walk(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (walk.hasNext()) {
-        walk.next();
-        const QFileInfo info = walk.fileInfo();
-        QByteArray fact = QByteArray::number(info.size()) + ":"
-                          + QByteArray::number(info.lastModified().toMSecsSinceEpoch()) + ":";
-        if (info.isSymLink()) {
-            fact += "link:" + info.symLinkTarget().toUtf8();
-            snapshot.insert(QDir(root).relativeFilePath(info.filePath()), fact);
-            continue;
-        }
-        // The mode bits too: a change of them alters the evidence as well.
-        fact += QByteArray::number(uint(info.permissions()), 16) + ":";
-        if (info.isFile()) {
-            QFile file(info.filePath());
-            QCryptographicHash hash(QCryptographicHash::Sha256);
-            if (file.open(QIODevice::ReadOnly))
-                hash.addData(&file);
-            fact += hash.result().toHex();
-        }
+    for (QDirIterator walk(root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                           QDirIterator::Subdirectories);
+         walk.hasNext();) {
+        const QFileInfo info(walk.next());
+        // Size, time, and the mode bits and content of what is not a link: a
+        // change of any of them alters the evidence.
+        QByteArray fact = QByteArray::number(info.size()) + ":" + QByteArray::number(info.lastModified().toMSecsSinceEpoch());
+        QFile file(info.filePath());
+        QCryptographicHash hash(QCryptographicHash::Sha256);
+        if (info.isSymLink())
+            fact += ":link:" + info.symLinkTarget().toUtf8();
+        else if (info.isFile() && file.open(QIODevice::ReadOnly) && hash.addData(&file))
+            fact += ":" + QByteArray::number(uint(info.permissions()), 16) + ":" + hash.result().toHex();
+        else
+            fact += ":" + QByteArray::number(uint(info.permissions()), 16);
         snapshot.insert(QDir(root).relativeFilePath(info.filePath()), fact);
     }
     return snapshot;
 }
 
-bool tree_run::write(const std::function<bool(const QString& root, QString* error)>& writer)
+bool tree_run::write(const std::function<bool(const QString& folder, QString* error)>& writer)
 {
     QString error;
-    if (writer(source.path(), &error))
+    if (QDir().mkpath(root()) && writer(source.path(), &error))
         return true;
     result.err = "cannot write the tree: " + error;
     return false;
@@ -185,13 +160,14 @@ bool tree_run::write(const std::function<bool(const QString& root, QString* erro
 
 bool tree_run::run(const QStringList& extra)
 {
-    result = run_host(QStringList{"--source", source.path(), "--out", out.path(), "--debug-log", debug_log()} + extra);
+    result = run_host(QStringList{"--source", root(), "--out", out.path(), "--debug-log", debug_log()} + extra);
     return result.finished && result.exit_code == 0;
 }
 
 QString tree_run::golden_text(const QStringList& masked) const
 {
-    QString text;
+    // The run's duration differs from run to run.
+    QString text = "== host report\n" + QString(result.out).replace(QRegularExpression("(?m)^elapsed: .*$"), "elapsed: *");
     const auto tables = query_rows(database(), "SELECT name FROM sqlite_master WHERE type='table' ORDER BY name");
     for (const QVariantList& table : tables) {
         const QString name = table.value(0).toString();
@@ -211,7 +187,21 @@ QString tree_run::golden_text(const QStringList& masked) const
     text += "== debug log\n";
     for (const QString& message : log_messages(read_lines(debug_log())))
         text += message + '\n';
-    return text.replace(source.path(), "<source>").replace(out.path(), "<out>");
+    return text.replace(root(), "<source>").replace(source.path(), "<beside>").replace(out.path(), "<out>");
+}
+
+QString listing(const QString& folder)
+{
+    QStringList lines;
+    for (QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+         it.hasNext();) {
+        const QFileInfo info(it.next());
+        lines << QDir(folder).relativeFilePath(info.filePath())
+                     + (info.isSymLink() ? " link" : info.isDir() ? "/" : " " + QString::number(info.size()));
+    }
+    lines.sort();
+    return lines.join(", ");
 }
 
 QStringList read_lines(const QString& path)

@@ -38,7 +38,8 @@ QList<QVariantList> query_rows(const QString& database_path, const QString& stat
 qint64 count_rows(const QString& database_path, const QString& table);
 
 // One line per row: "col=value|col=value", columns in table order, the row
-// id and the columns in `masked` shown as "*". Rows in row-id order.
+// id and the columns in `masked` shown as "*", line feeds in values as "\n".
+// Rows in row-id order.
 QString dump_table(const QString& database_path, const QString& table, const QStringList& masked = {});
 
 // Compares text with tests/golden/<name>; with VLC_UPDATE_GOLDEN=1 in the
@@ -57,20 +58,31 @@ struct tree_run
     QTemporaryDir source;
     QTemporaryDir out;
     process_result result;
+    // The evidence root's folder inside source, for a tree that keeps files
+    // beside its evidence (outside the root); empty: source itself. Set it
+    // before write().
+    QString below;
 
-    // Writes the tree; false (with the reason in result.err) when it could not.
-    bool write(const std::function<bool(const QString& root, QString* error)>& writer);
-    // Runs the host with --source, --out and a plain --debug-log, then extra;
-    // true when it exited 0.
+    QString root() const { return below.isEmpty() ? source.path() : source.filePath(below); }
+    // Writes the tree into source; false (with the reason in result.err) when it could not.
+    bool write(const std::function<bool(const QString& folder, QString* error)>& writer);
+    // Runs the host with --source root(), --out and a plain --debug-log, then
+    // extra; true when it exited 0.
     bool run(const QStringList& extra = {});
     QString database() const { return out.path() + "/Artifacts_Result/VLC/VLC.sqlite"; }
     QString debug_log() const { return out.filePath("debug.log"); }
-    // Every table's rows (sorted within the table, NULL columns left out), then
-    // the debug log's messages, with the source root shown as "<source>" and
-    // the masked columns as "*" (a mask "column" applies to every table,
-    // "table.column" to one): the text a golden file holds.
+    // The host's report, every table's rows (sorted within the table, NULL
+    // columns left out), then the debug log's messages, with the evidence
+    // root shown as "<source>", the folder beside it as "<beside>", the
+    // output folder as "<out>" and the masked columns as "*" (a mask
+    // "column" applies to every table, "table.column" to one): the text a
+    // golden file holds.
     QString golden_text(const QStringList& masked = {}) const;
 };
+
+// Every entry below a folder, sorted: its relative path with its size, or
+// "/" after a folder, or " link" after a link; joined by ", ".
+QString listing(const QString& folder);
 
 // Lines of a plain debug log file.
 QStringList read_lines(const QString& path);

@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <sys/stat.h>
+
 namespace tree_writer {
 
 bool write_file(const QString& root, const QString& relative, const QByteArray& data, QString* error)
@@ -23,16 +25,6 @@ bool write_file(const QString& root, const QString& relative, const QByteArray& 
     return true;
 }
 
-bool make_dir(const QString& root, const QString& relative, QString* error)
-{
-    const QString path = QDir(root).filePath(relative);
-    if (QDir().mkpath(path))
-        return true;
-    if (error)
-        *error = "cannot make " + path;
-    return false;
-}
-
 bool write_file(const QString& path, const QByteArray& data)
 {
     const QFileInfo info(path);
@@ -43,6 +35,26 @@ QByteArray read_file(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool write_entries(const QString& root, const QList<entry>& entries, QString* error)
+{
+    for (const entry& e : entries) {
+        const QString path = QDir(root).filePath(e.path);
+        bool ok = QDir().mkpath(e.what == kind::folder ? path : QFileInfo(path).absolutePath());
+        if (e.what == kind::file || e.what == kind::oversized)
+            ok = write_file(root, e.path, e.data, error) && (e.what == kind::file || QFile(path).resize(65LL * 1024 * 1024));
+        else if (e.what == kind::link)
+            ok = QFile::link(QString::fromUtf8(e.data), path);
+        else if (e.what == kind::pipe)
+            ok = ::mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
+        if (!ok) {
+            if (error && error->isEmpty())
+                *error = "cannot make " + path;
+            return false;
+        }
+    }
+    return true;
 }
 
 QString shared_fixtures_dir()

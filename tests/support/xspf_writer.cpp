@@ -38,15 +38,27 @@ void xspf_writer::add(const xspf_entry& entry)
                                                  {"trackNum", entry.track_num}, {"annotation", entry.annotation},
                                                  {"image", entry.image},        {"duration", entry.duration}};
     for (const auto& tag : tags) {
-        if (!tag.second.isEmpty())
+        if (!tag.second.isNull())
             m_xml.writeTextElement(tag.first, tag.second);
     }
-    m_xml.writeStartElement("extension");
-    m_xml.writeAttribute("application", k_application);
-    m_xml.writeTextElement(k_vlc_namespace, "id", QString::number(entry.id));
-    m_xml.writeEndElement();
+    if (entry.id >= 0) {
+        m_xml.writeStartElement("extension");
+        m_xml.writeAttribute("application", k_application);
+        m_xml.writeTextElement(k_vlc_namespace, "id", QString::number(entry.id));
+        m_xml.writeEndElement();
+    }
     m_xml.writeEndElement();
     ++m_count;
+}
+
+bool xspf_writer::write(const QString& path, const QList<xspf_entry>& entries, const QString& title)
+{
+    xspf_writer writer;
+    if (!writer.open(path, title))
+        return false;
+    for (const xspf_entry& entry : entries)
+        writer.add(entry);
+    return writer.close();
 }
 
 bool xspf_writer::close()

@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QXmlStreamWriter>
 
+// Tags left null are not written; an empty one is written empty.
 struct xspf_entry
 {
     QString location;     // written as given (percent-escaped or not)
@@ -21,7 +22,7 @@ struct xspf_entry
     QString annotation;
     QString image;
     QString duration;     // milliseconds
-    int id = 0;
+    int id = 0;           // the extension block with the player's id is left out when negative
 };
 
 class xspf_writer
@@ -32,6 +33,8 @@ public:
     void add(const xspf_entry& entry);
     // Closes the track list and the playlist; false when writing failed.
     bool close();
+    // The whole playlist at once.
+    static bool write(const QString& path, const QList<xspf_entry>& entries, const QString& title = "Media Library");
 
 private:
     QFile m_file;
