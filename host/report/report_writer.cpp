@@ -376,15 +376,15 @@ void report_builder::write_table(const QString& table)
 
     output_file csv(m_folder + "/csv/" + table + ".csv");
     csv.write(csv_record(columns));
-    QJsonArray column_specs;
+    QJsonArray shown_columns;
     if (picture_at >= 0)
-        column_specs.append(QJsonObject{{"title", "picture"}, {"kind", "image"}});
+        shown_columns.append(QJsonObject{{"title", "picture"}, {"kind", "image"}});
     for (const QString& name : shown)
-        column_specs.append(
+        shown_columns.append(
             QJsonObject{{"title", name}, {"kind", report_values::is_time_column(name) ? "time" : "text"}});
     const QString data_path = m_folder + "/data/" + table + ".js";
     output_file data(data_path);
-    data.write(data_file_head("table", QJsonObject{{"name", table}, {"columns", column_specs}}));
+    data.write(data_file_head("table", QJsonObject{{"name", table}, {"columns", shown_columns}}));
     m_timeline.begin_table(table, columns);
     const bool read = m_db.for_each_row(table, [&](const QStringList& row) {
         csv.write(csv_record(row));

@@ -54,22 +54,22 @@
     });
   }
 
-  function plainTable(element, spec) {
-    var head = '<thead><tr>' + spec.columns.map(function (c) { return '<th>' + esc(c.title) + '</th>'; }).join('') +
+  function plainTable(element, content) {
+    var head = '<thead><tr>' + content.columns.map(function (c) { return '<th>' + esc(c.title) + '</th>'; }).join('') +
       '</tr></thead>';
-    var body = spec.rows.map(function (row) {
+    var body = content.rows.map(function (row) {
       return '<tr>' + row.map(function (cell, i) {
-        return '<td>' + (renderers[spec.columns[i].kind] || renderText)(cell, 'display') + '</td>';
+        return '<td>' + (renderers[content.columns[i].kind] || renderText)(cell, 'display') + '</td>';
       }).join('') + '</tr>';
     }).join('');
     element.innerHTML = head + '<tbody>' + body + '</tbody>';
   }
 
-  function dataTable(element, spec, order) {
-    if (!hasLibrary) { plainTable(element, spec); return null; }
+  function dataTable(element, content, order) {
+    if (!hasLibrary) { plainTable(element, content); return null; }
     return jQuery(element).DataTable({
-      data: spec.rows,
-      columns: columnDefinitions(spec.columns),
+      data: content.rows,
+      columns: columnDefinitions(content.columns),
       deferRender: true,
       scrollX: true,
       order: order,
@@ -99,15 +99,15 @@
 
   // The timeline's own filters: user, table and a range of days (UTC),
   // on top of the search box.
-  function timelineFilters(table, spec) {
+  function timelineFilters(table, content) {
     var user = document.getElementById('filter-user');
     var source = document.getElementById('filter-table');
     var from = document.getElementById('filter-from');
     var to = document.getElementById('filter-to');
-    fillSelect(user, spec.users, '(no account)');
-    fillSelect(source, spec.tables, '');
+    fillSelect(user, content.users, '(no account)');
+    fillSelect(source, content.tables, '');
     var at = {};
-    spec.columns.forEach(function (c, i) { at[c.key] = i; });
+    content.columns.forEach(function (c, i) { at[c.key] = i; });
     jQuery.fn.dataTable.ext.search.push(function (settings, searchData, index, row) {
       if (settings.nTable.id !== 'timeline') return true;
       if (user.value !== '*' && row[at.user] !== user.value) return false;
@@ -125,13 +125,13 @@
   }
 
   window.vlcReport = {
-    table: function (spec) {
-      onReady(function () { dataTable(document.getElementById('rows'), spec, []); });
+    table: function (content) {
+      onReady(function () { dataTable(document.getElementById('rows'), content, []); });
     },
-    timeline: function (spec) {
+    timeline: function (content) {
       onReady(function () {
-        var table = dataTable(document.getElementById('timeline'), spec, [[0, 'asc']]);
-        if (table) timelineFilters(table, spec);
+        var table = dataTable(document.getElementById('timeline'), content, [[0, 'asc']]);
+        if (table) timelineFilters(table, content);
       });
     }
   };
