@@ -1,5 +1,9 @@
 #include "extractor_base.h"
 
+#include "entry_names.h"
+#include "plugin_static_function.h"
+#include "sqlite_connection_scope.h"
+
 extractor_base::extractor_base(QWidget* parent) : QWidget(parent), elapsed_timer(new QElapsedTimer())
 {
 }
@@ -43,6 +47,7 @@ void extractor_base::count_inserted_row()
         return;
     }
     if (elapsed_timer->elapsed() > 1000) {
+        sqlite_connection_scope::commit_batch();
         emit_records_signal(record_count);
         elapsed_timer->restart();
     }
@@ -113,4 +118,11 @@ void extractor_base::open_desktop_media_libraries(const QString& owner)
     for (const auto& database : desktop_media_library_files)
         desktop_media_libraries.add(std::make_unique<desktop_media_places>(source_root, database.second),
                                     reader_context(owner, database.first), database.second);
+}
+
+void extractor_base::log_undecodable_account_folders(const QString& signature) const
+{
+    for (const QString& name : entry_names::undecodable(source_root + "Users"))
+        plugin_static_function::app_debug("account folder name is not valid UTF-8, it cannot be read: Users/" + name,
+                                          signature);
 }

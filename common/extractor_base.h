@@ -69,6 +69,9 @@ protected:
     {
         desktop_media_libraries.run(table, cancel_requested);
     }
+    // Discovery of the account folders: one debug line for each folder under
+    // Users/ whose name does not decode, since no path can reach it.
+    void log_undecodable_account_folders(const QString& signature) const;
 
     qint64 record_count = 0;
     int tabs_processed_count = 0;

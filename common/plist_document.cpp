@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "bounded_file_reader.h"
+#include "plugin_static_function.h"
 
 namespace {
 
@@ -247,6 +248,9 @@ plist_owner from_bytes(const QByteArray& data, load_failure* why)
 plist_owner load_file(const QString& path, load_failure* why)
 {
     const auto read = bounded_file_reader::read(path, k_max_plist_bytes);
+    if (read.truncated)
+        plugin_static_function::app_debug("file larger than the read limit, not read: " + path,
+                                          "plist_owner plist_document::load_file(const QString&, load_failure*)");
     if (!read.opened || read.truncated) {
         if (why)
             *why = read.opened ? load_failure::too_large : load_failure::unreadable;

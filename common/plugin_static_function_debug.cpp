@@ -3,6 +3,8 @@
 
 #include <QDebug>
 
+#include <ctime>
+
 #include "encryptor_string.h"
 #include "plugin_static_function.h"
 
@@ -38,6 +40,21 @@ QString edition_prefix(int engine)
     }
 }
 
+// The stamp changes once a second, while a busy reader logs thousands of
+// lines in that time; turning the clock into local time costs more than the
+// rest of a line, so it is done once a second.
+QString current_stamp()
+{
+    static std::time_t stamped_second = -1;
+    static QString stamp;
+    const std::time_t now = std::time(nullptr);
+    if (now != stamped_second) {
+        stamped_second = now;
+        stamp = QDateTime::fromSecsSinceEpoch(now).toString("yyyy-MMM-dd'T'hh-mm-ss");
+    }
+    return stamp;
+}
+
 }  // namespace
 
 void plugin_static_function::app_debug(QString message, QString function)
@@ -45,8 +62,7 @@ void plugin_static_function::app_debug(QString message, QString function)
     if (!debug_mode_status_bool)
         return;
 
-    const QString stamp = QDateTime::currentDateTime().toString("yyyy-MMM-dd'T'hh-mm-ss");
-    const QString line = "[" + stamp + "]" + edition_prefix(type_engine_int) + "[Artifacts Extraction]["
+    const QString line = "[" + current_stamp() + "]" + edition_prefix(type_engine_int) + "[Artifacts Extraction]["
                          + qualified_name_of(function) + "]:-- " + message;
 
     if (debug_print_on_terminal_bool)

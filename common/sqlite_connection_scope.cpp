@@ -4,6 +4,8 @@
 #include <QSqlError>
 #include <QSqlQuery>
 
+#include "plugin_static_function.h"
+
 namespace {
 
 // How long a writer waits for a lock another connection holds. Short: the
@@ -11,6 +13,10 @@ namespace {
 // lasts longer is another program's, and waiting on every row would stall
 // the run for hours.
 constexpr int k_busy_timeout_ms = 2000;
+
+// The connection of the table being written: the plug-in writes one table at
+// a time, on one thread.
+sqlite_connection_scope* g_batch_writer = nullptr;
 
 }  // namespace
 
@@ -25,6 +31,8 @@ sqlite_connection_scope::sqlite_connection_scope(const QString& connection_name,
 
 sqlite_connection_scope::~sqlite_connection_scope()
 {
+    if (g_batch_writer == this)
+        g_batch_writer = nullptr;
     if (m_db.isOpen())
         m_db.close();
     m_db = QSqlDatabase();
@@ -43,7 +51,23 @@ bool sqlite_connection_scope::open_for_writing()
         m_error = "the database does not exist: " + m_db.databaseName();
         return false;
     }
-    return open() && begin_writing();
+    if (!open() || !begin_writing())
+        return false;
+    g_batch_writer = this;
+    return true;
+}
+
+void sqlite_connection_scope::commit_batch()
+{
+    if (!g_batch_writer || !g_batch_writer->m_db.isOpen())
+        return;
+    QSqlDatabase& db = g_batch_writer->m_db;
+    // A failed commit leaves the transaction open: its rows then go with the
+    // next batch or the table's own commit.
+    if (!db.commit() || !g_batch_writer->begin_writing())
+        plugin_static_function::app_debug("batch commit of the result database ---FAILED--- "
+                                              + g_batch_writer->last_error_text(),
+                                          "static void sqlite_connection_scope::commit_batch()");
 }
 
 bool sqlite_connection_scope::begin_writing()

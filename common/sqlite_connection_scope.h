@@ -21,8 +21,14 @@ public:
     // Opens the result database for a run of inserts and takes its write lock
     // at once. A database that is gone (deleted since it was made) is not made
     // again empty, and one that another program holds locked fails here after
-    // a short wait: either way one failure, not one per row.
+    // a short wait: either way one failure, not one per row. This connection
+    // then takes the batch commits below until it goes.
     bool open_for_writing();
+    // Commits the rows the table being written holds so far and goes on in a
+    // new transaction. A table's readers call it about once a second (see
+    // extractor_base::count_inserted_row): a run killed in the middle of a
+    // long table loses only its last batch, not the table.
+    static void commit_batch();
     // Takes the write lock on an open connection ("BEGIN IMMEDIATE"); the
     // caller's commit() ends it.
     bool begin_writing();

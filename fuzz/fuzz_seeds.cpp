@@ -87,6 +87,13 @@ int main(int argc, char** argv)
     playlists.add_files(windows, {"*.m3u", "*.m3u8", "*.xspf"});
     playlists.add_files(shared + "/vlc", {"ml.xspf"});
 
+    // A playlist with a document type declaration, quotes and brackets in its subset.
+    const QByteArray doctype = "<?xml version=\"1.0\"?><!DOCTYPE playlist SYSTEM 'x' [<!ENTITY a \"]>\"><!-- ] ' -->]>"
+                               "<playlist xmlns:vlc='v'><trackList><track><location>&a;</location><extension><vlc:id>0</vlc:id>"
+                               "</extension></track></trackList></playlist>";
+    media_library.add(doctype);
+    playlists.add(doctype);
+
     corpus podcasts{out + "/fuzz_vlcrc_podcasts"};
     podcasts.add_files(macos, {"vlcrc"});
     podcasts.add_files(windows, {"vlcrc"});

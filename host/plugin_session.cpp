@@ -4,6 +4,18 @@
 #include <QDir>
 #include <QFileInfo>
 
+namespace {
+
+// The plug-in's debug lines reach the host only through Qt's message stream
+// (the terminal copy of its debug log); a run listens to it for these.
+plugin_session* g_listening = nullptr;
+QtMessageHandler g_previous_handler = nullptr;
+
+// How the plug-in's readers word a stop at one of their limits.
+const char* const k_cut_off_texts[] = {"larger than the read limit", "beyond the limit"};
+
+}  // namespace
+
 plugin_session::plugin_session(QObject* parent) : QObject(parent)
 {
 }
@@ -70,13 +82,16 @@ QString plugin_session::display_name_of(const QString& os_scheme)
     return os_scheme;
 }
 
-void plugin_session::run(const session_options& options)
+void plugin_session::drive(const session_options& options)
 {
     vlc_plugin_interface* c = m_controller;
 
     struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_general_info general;
-    general.bool_debug_mode = !options.debug_log.isEmpty() || options.debug_terminal;
-    general.bool_debug_print_on_terminal = options.debug_terminal;
+    // The debug log is always on, its terminal copy caught here: the cut-offs
+    // it names are told to the examiner at the end of every run.
+    general.bool_debug_mode = true;
+    general.bool_debug_print_on_terminal = true;
+    m_echo_debug = options.debug_terminal;
     general.bool_debug_print_in_file = !options.debug_log.isEmpty();
     general.bool_debug_encryption = options.debug_encrypt;
     general.debug_file_path = options.debug_log;
@@ -111,6 +126,41 @@ void plugin_session::run(const session_options& options)
     deliver_cancel_if_requested();
     c->pub_extract_artifacts();
     c->pub_remove_temporary_asthetics();
+}
+
+void plugin_session::run(const session_options& options)
+{
+    g_listening = this;
+    g_previous_handler = qInstallMessageHandler(&plugin_session::take_message);
+    drive(options);
+    qInstallMessageHandler(g_previous_handler);
+    g_listening = nullptr;
+}
+
+void plugin_session::take_message(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (g_listening && type == QtDebugMsg && message.contains("][Artifacts Extraction][")) {
+        g_listening->take_debug_message(message);
+        if (!g_listening->m_echo_debug)
+            return;
+    }
+    if (g_previous_handler)
+        g_previous_handler(type, context, message);
+}
+
+void plugin_session::take_debug_message(const QString& line)
+{
+    const qsizetype at = line.indexOf("]:-- ");
+    const QString message = at < 0 ? line : line.mid(at + 5);
+    for (const char* text : k_cut_off_texts) {
+        if (!message.contains(QLatin1String(text)) || m_cut_offs.contains(message))
+            continue;
+        if (m_cut_offs.size() < k_max_cut_offs)
+            m_cut_offs << message;
+        else
+            ++m_cut_offs_not_kept;
+        return;
+    }
 }
 
 void plugin_session::deliver_cancel_if_requested()

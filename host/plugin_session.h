@@ -50,6 +50,14 @@ public:
     qint64 records() const { return m_records; }
     int tabs() const { return m_tabs; }
 
+    // The plug-in's debug lines that say a reader stopped at one of its limits
+    // (a file over a size limit, a playlist over its entry limit, a line over
+    // its part limit), each once, in the order met; at most k_max_cut_offs,
+    // with the number of the others.
+    const QStringList& cut_offs() const { return m_cut_offs; }
+    int cut_offs_not_kept() const { return m_cut_offs_not_kept; }
+    static constexpr int k_max_cut_offs = 50;
+
     std::function<void(qint64 records, int tabs)> on_progress;
 
     static QString result_database_path(const QString& out_dir);
@@ -61,7 +69,10 @@ private slots:
     void slot_tabs(int count);
 
 private:
+    void drive(const session_options& options);
     void deliver_cancel_if_requested();
+    static void take_message(QtMsgType type, const QMessageLogContext& context, const QString& message);
+    void take_debug_message(const QString& line);
 
     QLibrary m_library;
     vlc_plugin_interface* m_controller = nullptr;
@@ -69,4 +80,7 @@ private:
     int m_tabs = 0;
     bool m_cancel_requested = false;
     bool m_cancel_delivered = false;
+    bool m_echo_debug = false;  // the examiner asked for the debug log on the terminal
+    QStringList m_cut_offs;
+    int m_cut_offs_not_kept = 0;
 };

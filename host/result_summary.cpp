@@ -1,5 +1,6 @@
 #include "result_summary.h"
 
+#include <QMap>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QVariant>
@@ -13,28 +14,65 @@ const QStringList& all_tables()
     return tables;
 }
 
-QList<QPair<QString, qint64>> count_rows(const QString& database_path, const QStringList& tables)
+namespace {
+
+// Runs work on a read-only connection to the result database.
+template <typename Work>
+void with_result_database(const QString& database_path, Work work)
 {
-    QList<QPair<QString, qint64>> counts;
     const QString name = "vlc-artifacts result summary";
     {
         QSqlDatabase db = QSqlDatabase::addDatabase("QSQLITE", name);
         db.setDatabaseName(database_path);
         db.setConnectOptions("QSQLITE_OPEN_READONLY");
-        const bool open = db.open();
+        work(db, db.open());
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+}
+
+QString quoted(const QString& table)
+{
+    return "\"" + QString(table).replace('"', "\"\"") + "\"";
+}
+
+}  // namespace
+
+QList<QPair<QString, qint64>> count_rows(const QString& database_path, const QStringList& tables)
+{
+    QList<QPair<QString, qint64>> counts;
+    with_result_database(database_path, [&](QSqlDatabase& db, bool open) {
         for (const QString& table : tables) {
             qint64 rows = -1;
             if (open) {
                 QSqlQuery query(db);
-                if (query.exec("SELECT count(*) FROM \"" + QString(table).replace('"', "\"\"") + "\"") && query.next())
+                if (query.exec("SELECT count(*) FROM " + quoted(table)) && query.next())
                     rows = query.value(0).toLongLong();
             }
             counts.append({table, rows});
         }
-        db.close();
-    }
-    QSqlDatabase::removeDatabase(name);
+    });
     return counts;
+}
+
+QList<QPair<QString, qint64>> rows_per_user(const QString& database_path, const QStringList& tables)
+{
+    QMap<QString, qint64> rows;
+    with_result_database(database_path, [&](QSqlDatabase& db, bool open) {
+        for (const QString& table : tables) {
+            QSqlQuery query(db);
+            if (!open || !query.exec("SELECT system_user, count(*) FROM " + quoted(table) + " GROUP BY system_user"))
+                continue;
+            while (query.next()) {
+                const QString user = query.value(0).toString();
+                rows[user.isEmpty() ? QString("(none)") : user] += query.value(1).toLongLong();
+            }
+        }
+    });
+    QList<QPair<QString, qint64>> listed;
+    for (auto at = rows.cbegin(); at != rows.cend(); ++at)
+        listed.append({at.key(), at.value()});
+    return listed;
 }
 
 QString format_table(const QList<QPair<QString, qint64>>& counts)

@@ -15,4 +15,8 @@ QList<QPair<QString, qint64>> count_rows(const QString& database_path, const QSt
 
 QString format_table(const QList<QPair<QString, qint64>>& counts);
 
+// Rows per account (system_user) over the tables, accounts in name order;
+// rows without an account count under "(none)".
+QList<QPair<QString, qint64>> rows_per_user(const QString& database_path, const QStringList& tables);
+
 }  // namespace result_summary

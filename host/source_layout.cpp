@@ -32,23 +32,47 @@ bool any_user_has(const QDir& root, const QString& relative)
 
 }  // namespace
 
-QString detect_os_scheme(const QString& source_root)
+bool looks_like(const QString& source_root, const QString& os_scheme)
 {
     const QDir root(source_root);
-    if (has_dir(root, "apps/org.videolan.vlc") || has_dir(root, "data/data/org.videolan.vlc")
-        || (has_dir(root, "apps") && has_dir(root, "shared")))
-        return "androidOS";
+    if (os_scheme == "androidOS")
+        return has_dir(root, "apps/org.videolan.vlc") || has_dir(root, "data/data/org.videolan.vlc")
+               || (has_dir(root, "apps") && has_dir(root, "shared"));
     // An iOS backup folder has its manifest at the top; a full file-system
     // extraction has the apps' containers (with or without "private/").
-    if (has_file(root, "Manifest.db") || has_file(root, "Manifest.plist")
-        || has_dir(root, "private/var/mobile/Containers") || has_dir(root, "var/mobile/Containers")
-        || has_file(root, ".com.apple.mobile_container_manager.metadata.plist"))
-        return "iOS_UID";
-    if (any_user_has(root, "AppData") || has_dir(root, "Windows/System32"))
-        return "winOS";
-    if (any_user_has(root, "Library") || has_dir(root, "System/Library"))
-        return "macOS";
+    if (os_scheme == "iOS_UID")
+        return has_file(root, "Manifest.db") || has_file(root, "Manifest.plist")
+               || has_dir(root, "private/var/mobile/Containers") || has_dir(root, "var/mobile/Containers")
+               || has_file(root, ".com.apple.mobile_container_manager.metadata.plist");
+    if (os_scheme == "winOS")
+        return any_user_has(root, "AppData") || has_dir(root, "Windows/System32");
+    if (os_scheme == "macOS")
+        return any_user_has(root, "Library") || has_dir(root, "System/Library");
+    return true;
+}
+
+QString detect_os_scheme(const QString& source_root)
+{
+    for (const char* scheme : {"androidOS", "iOS_UID", "winOS", "macOS"}) {
+        if (looks_like(source_root, scheme))
+            return scheme;
+    }
     return QString();
+}
+
+QStringList tables_read(const QString& os_scheme)
+{
+    // The desktop player 4's media-library database adds its four tables on
+    // macOS and Windows.
+    if (os_scheme == "macOS")
+        return {"media_library", "podcasts", "recents", "recent_played", "playlists", "album_art", "album"};
+    if (os_scheme == "winOS")
+        return {"recents", "playlists", "album_art", "podcasts", "media_library", "album"};
+    if (os_scheme == "androidOS")
+        return {"media_library", "album_art", "album", "playlists"};
+    if (os_scheme == "iOS_UID")
+        return {"media_library", "album_art", "album", "playlists", "recents"};
+    return {};
 }
 
 QStringList default_users(const QString& source_root, const QString& os_scheme)
@@ -65,6 +89,11 @@ QStringList default_users(const QString& source_root, const QString& os_scheme)
             names << name;
     }
     return names;
+}
+
+bool has_account_folder(const QString& source_root, const QString& user)
+{
+    return has_dir(QDir(source_root), "Users/" + user);
 }
 
 }  // namespace source_layout

@@ -73,6 +73,7 @@ void vlc_macos::add_if_inside(QList<QString>& list, const QString& path)
 void vlc_macos::find_source_file()
 {
     plugin_static_function::app_debug("[find_source_file] starts", sig_find_source_file);
+    log_undecodable_account_folders(sig_find_source_file);
     const QString users_root = source_root + "Users/";
     media_library_files.clear();
     configuration_files.clear();

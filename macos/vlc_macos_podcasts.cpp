@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include "bounded_file_reader.h"
+#include "podcast_url_list.h"
 #include "prepared_statement.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_macos.h"
@@ -55,8 +56,16 @@ void vlc_macos::extract_podcasts()
             const QByteArray line = QByteArray::fromRawData(buffer.constData(), length);
             if (!line.startsWith(k_podcast_key))
                 continue;
+            if (length == k_max_line_bytes && !line.endsWith('\n'))
+                plugin_static_function::app_debug("podcast line larger than the read limit, only its start is read: "
+                                                      + configuration,
+                                                  sig_podcasts);
             const QString urls = QString::fromUtf8(line).trimmed().mid(k_podcast_key.size());
-            for (const QString& part : urls.split('|')) {
+            bool cut = false;
+            const QStringList parts = podcast_url_list::split(urls, &cut);
+            if (cut)
+                plugin_static_function::app_debug(podcast_url_list::cut_message(configuration), sig_podcasts);
+            for (const QString& part : parts) {
                 if (cancel_requested)
                     break;
                 // "a||b" and a trailing "|" leave empty parts: they name nothing.

@@ -40,7 +40,7 @@ qint64 token_bounded_device::readData(char* data, qint64 max_size)
 }
 
 xspf_track_reader::xspf_track_reader(QIODevice* device, qint64 max_token_bytes)
-    : m_input(device, max_token_bytes), m_xml(&m_input)
+    : m_filtered(device), m_input(&m_filtered, max_token_bytes), m_xml(&m_input)
 {
 }
 

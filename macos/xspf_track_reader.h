@@ -13,6 +13,8 @@
 
 #include <functional>
 
+#include "xml_doctype_filter.h"
+
 struct xspf_track
 {
     QString location;
@@ -69,6 +71,7 @@ private:
     bool read_track(xspf_track* track, const std::function<bool()>& stop);
     void read_child(xspf_track* track, QString* seen);
 
+    xml_doctype_filter m_filtered;
     token_bounded_device m_input;
     QXmlStreamReader m_xml;
     bool m_end_of_document = false;

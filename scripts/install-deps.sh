@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian/Ubuntu packages needed to build, test and run the plug-in.
+# The report's table library and jQuery are built into the host program; the
+# browser and its driver run the report's test in a real browser.
 # Idempotent: when everything is already installed it returns without touching apt.
 set -euo pipefail
 
@@ -8,6 +10,8 @@ packages=(
   qt6-base-dev qt6-base-dev-tools qt6-qpa-plugins libqt6sql6-sqlite libgl-dev
   liblnk-dev libolecf-dev libbfio-dev libplist-dev
   sqlite3 libsqlite3-dev
+  libjs-jquery libjs-jquery-datatables
+  chromium chromium-driver
 )
 # Optional extras used by the cross-check tests, fuzzers and sanitizer builds.
 if [ "${VLC_ARTIFACTS_EXTRA:-0}" = "1" ]; then

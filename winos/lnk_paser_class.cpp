@@ -5,6 +5,7 @@
 #include "bounded_file_reader.h"
 #include "little_endian_bytes.h"
 #include "memory_io_handle.h"
+#include "plugin_static_function.h"
 
 namespace {
 
@@ -100,7 +101,12 @@ bool declared_sizes_fit(const QString& path)
     const bounded_file_reader::result read = bounded_file_reader::read(path, k_max_link_bytes);
     if (!read.opened)
         return true;  // the library gives its own answer
-    return !read.truncated && declared_sizes_fit(read.data);
+    if (read.truncated) {
+        plugin_static_function::app_debug("file larger than the read limit, not read: " + path,
+                                          "int lnk_paser_class::start_parsing_lnk(QString)");
+        return false;
+    }
+    return declared_sizes_fit(read.data);
 }
 
 }  // namespace

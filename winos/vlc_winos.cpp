@@ -32,6 +32,7 @@ void vlc_winos::winos_set_source_info(struct_GLOBAL_COMMON_QUARL_AND_ARTIFACT_so
 void vlc_winos::find_source_file()
 {
     plugin_static_function::app_debug("[find_source_file]---STARTS---", sig_find);
+    log_undecodable_account_folders(sig_find);
     // Discovery opens a run: refusals are logged afresh, folders resolved afresh.
     source_path_guard::reset_log();
     art_folder_list.clear();

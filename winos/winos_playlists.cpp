@@ -1,6 +1,7 @@
 // Playlists named among the recent items: every M3U/M3U8 or XSPF file that a
 // jump list points at is read, and each of its entries becomes one row.
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QXmlStreamReader>
 
@@ -8,6 +9,7 @@
 #include "plugin_static_function.h"
 #include "source_path_guard.h"
 #include "sqlite_connection_scope.h"
+#include "xml_doctype_filter.h"
 #include "vlc_winos.h"
 
 namespace {
@@ -171,7 +173,10 @@ void vlc_winos::get_info_from_xspf_file(QString playlist_path, QString context1,
     // separates the tags it is a closing tag, whose text is empty, so such a
     // track keeps no value of an earlier one. A track is complete when its
     // closing id tag is read.
-    QXmlStreamReader xml(data);
+    QBuffer buffer(&data);
+    buffer.open(QIODevice::ReadOnly);
+    xml_doctype_filter filtered(&buffer);
+    QXmlStreamReader xml(&filtered);
     while (!xml.atEnd() && !playlist_entries_full()) {
         xml.readNext();
         if (xml.isStartElement())

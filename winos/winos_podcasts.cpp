@@ -5,6 +5,7 @@
 #include <QFileInfo>
 
 #include "plugin_static_function.h"
+#include "podcast_url_list.h"
 #include "sqlite_connection_scope.h"
 #include "vlc_winos.h"
 
@@ -74,7 +75,11 @@ void vlc_winos::extract_podcasts_vlc()
         const auto account = account_of(path);
         const QString source_file = source_file_text(path);
         for (const QString& line : podcast_lines(read.data)) {
-            for (const QString& value : line.split('|')) {
+            bool cut = false;
+            const QStringList values = podcast_url_list::split(line, &cut);
+            if (cut)
+                plugin_static_function::app_debug(podcast_url_list::cut_message(path), sig_podcasts);
+            for (const QString& value : values) {
                 if (cancel_requested) {
                     scope.db().commit();
                     return;

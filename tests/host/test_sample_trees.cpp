@@ -11,6 +11,10 @@
 #include <QSqlQuery>
 #include <QtTest>
 
+#include <csignal>
+#include <functional>
+#include <sys/stat.h>
+
 #include "android_media_db_writer.h"
 #include "compound_file_writer.h"
 #include "plist_writer.h"
@@ -18,6 +22,7 @@
 #include "shell_link_writer.h"
 #include "test_support.h"
 #include "tree_writer.h"
+#include "xspf_writer.h"
 
 namespace {
 
@@ -227,10 +232,50 @@ QString section(const QString& name, const sample_tree& tree, const QString& cha
             *error = "cannot damage the tree: " + change;
         return error->isEmpty();
     };
-    if (!run.write(writer) || !run.run(QStringList{"--os", tree.os_scheme} + arguments))
+    if (!run.write(writer))
         return "#### " + name + ": " + run.result.err + "\n";
-    return "#### " + name + "\n" + run.golden_text(k_volatile);
+    // A run that ends with a status other than 0 still shows what it wrote.
+    const QString status = run.run(QStringList{"--os", tree.os_scheme} + arguments)
+                               ? QString()
+                               : QString(" (exit %1) ").arg(run.result.exit_code) + run.result.err.trimmed();
+    return "#### " + name + status + "\n" + run.golden_text(k_volatile);
 }
+
+// A tree for a host case: written into source, with out prepared if need be.
+using preparation = std::function<bool(const QString& source, const QString& out)>;
+
+bool windows(const QString& source, const QString&)
+{
+    return write_windows_sample_tree(source, nullptr);
+}
+
+bool macos(const QString& source, const QString&)
+{
+    return write_macos_sample_tree(source, nullptr);
+}
+
+// The tree, then one of its files rewritten.
+preparation edited(const preparation& tree, const QString& relative, const std::function<QByteArray(QByteArray)>& edit)
+{
+    return [=](const QString& source, const QString& out) {
+        const QString path = source + "/" + relative;
+        return tree(source, out) && tree_writer::write_file(path, edit(tree_writer::read_file(path)));
+    };
+}
+
+// A declaration whose entities would expand a thousandfold, or read a file of
+// the examiner's machine, placed after the XML declaration.
+QByteArray with_doctype(QByteArray xml)
+{
+    return xml.replace("?>", "?>\n<!DOCTYPE playlist [\n<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;"
+                             "&a;&a;&a;\"><!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\">\n<!ENTITY outside SYSTEM "
+                             "\"file:///etc/hostname\"><!-- ] ' -->\n]>")
+        .replace("<title>Holiday Trip</title>", "<title>Holiday &c;Trip&outside;</title>")
+        .replace("/a.mp3</location>", "/a&undeclared;.mp3</location>");
+}
+
+const QString k_carol_vlcrc = "Users/carol/AppData/Roaming/vlc/vlcrc";
+const QString k_alice_vlcrc = "Users/alice/Library/Preferences/org.videolan.vlc/vlcrc";
 
 }  // namespace
 
@@ -293,34 +338,162 @@ private slots:
         QCOMPARE(test_support::log_messages(test_support::read_lines(run.debug_log()))
                      .filter("playlist entries beyond the limit are not read").size(), 1);
     }
-    // Usage errors and faults the host meets itself: one line on stderr, status 2 (usage) or 1.
-    void errors_give_one_line_and_a_status()
+    // What the host program does with its arguments and its output folder:
+    // the exit status, then checks: "err: text" and "out: text" on its
+    // streams, "log: text" in the debug log, "statement => value" on the
+    // result. A refusal (status 1 or 2) is one line on stderr; a clean run
+    // none. Rows without a tree run on a scratch folder ("<dir>") as given,
+    // the others on their tree with --source, --out and --debug-log.
+    void each_host_case_exits_and_says_as_expected()
     {
         const QString dir = m_scratch.path();
         QVERIFY(tree_writer::write_file(m_scratch.filePath("plain_file"), "x")
                 && QDir(dir).mkpath("tree/Users/ann/Library"));
-        const QList<QPair<QStringList, QString>> cases = {
-            {{}, "no source given"},
-            {{"--out", dir}, "--source DIR is required"},
-            {{"--source", dir + "/nope"}, "does not exist"},
-            {{"--source", dir + "/plain_file"}, "is not a readable folder"},
-            {{"--source", dir, "--out", dir + "/o"}, "cannot tell the system"},
-            {{"--source", dir, "--os", "macos"}, "--os takes"},
-            {{"--source", dir, "--tables", "recents,history"}, "unknown table 'history'"},
-            {{"--source", dir, "--engine", "two"}, "--engine needs a whole number"},
-            {{"--source"}, "--source needs a value"},
-            {{"--sauce", dir}, "unknown argument '--sauce'"},
-            {{"decipher-log"}, "decipher-log takes one file"},
-            {{"decipher-log", dir + "/nope.log"}, "cannot read"},
-            {{"demo", "--fast"}, "unknown demo argument '--fast'"},
-            {{"--source", dir + "/tree", "--out", dir + "/plain_file/sub"}, "1: no result database was written"},
+        const auto rerun = [](const preparation& tree) {
+            return [=](const QString& source, const QString& out) {
+                return tree(source, out) && test_support::run_host({"--source", source, "--out", out}).exit_code == 0;
+            };
         };
-        for (const auto& [arguments, says] : cases) {
-            const auto result = test_support::run_host(arguments);
-            const QStringList lines = result.err.split('\n').filter(QRegularExpression("^vlc-artifacts: "));
-            QVERIFY2(result.exit_code == (says.startsWith("1: ") ? 1 : 2) && lines.size() == 1
-                         && lines.first().contains(QString(says).remove("1: ")),
-                     qPrintable(arguments.join(' ') + ": " + result.err));
+        const struct
+        {
+            preparation tree;
+            QStringList arguments;
+            int exit_code;
+            QStringList checks;
+        } cases[] = {
+            {{}, {}, 2, {"err: no source given"}},
+            {{}, {"--out", "<dir>"}, 2, {"err: --source DIR is required"}},
+            {{}, {"--source", "<dir>/nope"}, 2, {"err: does not exist"}},
+            {{}, {"--source", "<dir>/plain_file"}, 2, {"err: is not a readable folder"}},
+            {{}, {"--source", "<dir>", "--out", "<dir>/o"}, 2, {"err: cannot tell the system"}},
+            {{}, {"--source", "<dir>", "--os", "macos"}, 2, {"err: --os takes"}},
+            {{}, {"--source", "<dir>", "--tables", "recents,history"}, 2, {"err: unknown table 'history'"}},
+            {{}, {"--source", "<dir>", "--engine", "two"}, 2, {"err: --engine needs a whole number"}},
+            {{}, {"--source"}, 2, {"err: --source needs a value"}},
+            {{}, {"--sauce", "<dir>"}, 2, {"err: unknown argument '--sauce'"}},
+            {{}, {"--source", "<dir>/tree", "--clear", "--append"}, 2, {"err: exclude each other"}},
+            {{}, {"decipher-log"}, 2, {"err: decipher-log takes one file"}},
+            {{}, {"decipher-log", "<dir>/nope.log"}, 2, {"err: cannot read"}},
+            {{}, {"demo", "--fast"}, 2, {"err: unknown argument '--fast'"}},
+            {{}, {"report", "--out", "<dir>/nope"}, 1, {"err: the report could not be written"}},
+            {{}, {"--source", "<dir>/tree", "--out", "<dir>/plain_file/sub"}, 1, {"err: cannot create the output folder"}},
+            {{}, {"--help"}, 0, {"out: --append", "out: album_art", "out: iOS_UID", "out: 130"}},
+            {{}, {"--version"}, 0, {"out: vlc-artifacts 0.1.0"}},
+            {windows, {}, 0,
+             {"out: tables done: 1 of 6,", "out: tables done: 6 of 6", "out: rows per user:", "out: elapsed:",
+              "SELECT count(*) FROM podcasts => 4"}},
+            // The evidence is never written to, however the output is named.
+            {windows, {"--out", "<source>/Users/results"}, 2, {"err: lies inside the source"}},
+            {[](const QString& source, const QString& out) {
+                 return windows(source, out) && QFile::link(source + "/Users", out + "/link");
+             },
+             {"--out", "<out>/link/results"}, 2, {"err: lies inside the source"}},
+            {windows, {"--debug-log", "<source>/debug.log"}, 2, {"err: lies inside the source"}},
+            {windows, {"--debug-log", "<out>/none/debug.log"}, 1, {"err: cannot write the debug log"}},
+            // A second run into the same output neither doubles nor loses rows unasked.
+            {rerun(windows), {}, 2, {"err: --clear", "err: --append"}},
+            {rerun(windows), {"--append"}, 0, {"SELECT count(*) FROM podcasts => 8"}},
+            {rerun(windows), {"--clear"}, 0, {"SELECT count(*) FROM podcasts => 4"}},
+            // Runs that extract nothing say why.
+            {windows, {"--engine", "7"}, 3, {"err: engine code 7", "out: nothing was extracted"}},
+            {windows, {"--user", "nobody"}, 3, {"err: Users/nobody", "err: none of"}},
+            {windows, {"--os", "macOS"}, 3, {"err: it looks like winOS (--os winOS)"}},
+            {[](const QString& source, const QString& out) {
+                 return windows(source, out)
+                        && mkdir((QFile::encodeName(source) + "/Users/caf\xE9").constData(), 0755) == 0;
+             },
+             {}, 0,
+             {"err: warning: the account folder Users/caf\\xE9 has a name that is not valid UTF-8",
+              "log: not valid UTF-8, it cannot be read: Users/caf\\xE9", "SELECT count(*) FROM podcasts => 4"}},
+            // Hostile files cost bounded work, and every cut is named.
+            {edited(windows, k_carol_vlcrc, [](QByteArray) { return "podcast-urls=" + QByteArray(1000000, '|') + "\n"; }), {}, 0,
+             {"err: warning: cut off at a limit: podcast line of more than 10000 parts",
+              "SELECT count(*) FROM podcasts WHERE podcasts = '' => 9999"}},
+            {edited(macos, k_alice_vlcrc, [](QByteArray) { return "podcast-urls=" + QByteArray("http://a/|").repeated(20000) + "\n"; }),
+             {}, 0, {"err: podcast line of more than 10000 parts", "SELECT count(*) FROM podcasts => 10000"}},
+            {[](const QString& source, const QString& out) {
+                 QFile vlcrc(source + "/" + k_carol_vlcrc);  // sparse: its holes cost no disk
+                 return windows(source, out) && vlcrc.open(QIODevice::Append) && vlcrc.resize(65 << 20);
+             },
+             {}, 0, {"err: warning: cut off at a limit: file larger than the read limit"}},
+            {edited(windows, "Users/carol/Music/party.xspf", with_doctype), {}, 0,
+             {"SELECT count(*) FROM playlists WHERE playlist_name = 'party.xspf' => 3"}},
+            {edited(macos, "Users/alice/Library/Application Support/org.videolan.vlc/ml.xspf", with_doctype), {}, 0,
+             {"SELECT count(*) FROM media_library WHERE title = 'Holiday Trip' => 1"}},
+        };
+        for (const auto& c : cases) {
+            test_support::tree_run run;
+            QStringList arguments = c.arguments;
+            arguments.replaceInStrings("<dir>", dir).replaceInStrings("<source>", run.source.path())
+                .replaceInStrings("<out>", run.out.path());
+            const QString name = arguments.join(' ');
+            QVERIFY2(!c.tree || c.tree(run.source.path(), run.out.path()), qPrintable(name));
+            const auto before = test_support::snapshot_tree(run.source.path());
+            if (c.tree)
+                run.run(arguments);
+            else
+                run.result = test_support::run_host(arguments);
+            const auto& r = run.result;
+            const QString seen = name + "\n" + r.out + r.err;
+            const bool refused = c.exit_code == 1 || c.exit_code == 2;
+            QVERIFY2(r.finished && r.exit_code == c.exit_code, qPrintable(seen));
+            QVERIFY2(test_support::snapshot_tree(run.source.path()) == before, qPrintable(seen));
+            ::rmdir((QFile::encodeName(run.source.path()) + "/Users/caf\xE9").constData());  // Qt cannot name it
+            if (refused || c.checks.filter(QRegularExpression("^err: ")).isEmpty())
+                QVERIFY2(r.err.count('\n') == (refused ? 1 : 0) && r.err.startsWith("vlc-artifacts: ") == refused,
+                         qPrintable(seen));
+            for (const QString& check : c.checks) {
+                const QString kind = check.left(5);
+                QString wanted = check.mid(5);
+                QString got;
+                if (kind == "err: " || kind == "out: ")
+                    got = (kind == "err: " ? r.err : r.out).contains(wanted) ? wanted : QString();
+                else if (kind == "log: ")
+                    got = test_support::read_lines(run.debug_log()).filter(wanted).isEmpty() ? QString() : wanted;
+                else {
+                    wanted = check.section(" => ", 1);
+                    got = test_support::query_rows(run.database(), check.section(" => ", 0, 0)).value(0).value(0).toString();
+                }
+                QVERIFY2(got == wanted, qPrintable(seen + check + "\ngot: " + got));
+            }
+        }
+    }
+
+    // Ctrl-C stops the run, keeps what was written and exits 130; a second one
+    // ends the program at once, and the table it was writing keeps every batch
+    // committed before. Rows show in the result only once a batch is
+    // committed, so rows seen while the table runs are such a batch.
+    void ctrl_c_keeps_the_rows_written()
+    {
+        QTemporaryDir source;
+        xspf_writer library;
+        QVERIFY(library.open(source.filePath("Users/ann/Library/Application Support/org.videolan.vlc/ml.xspf")));
+        const int tracks = 200000;
+        for (int i = 0; i < tracks; ++i)
+            library.add({QString("file:///Users/ann/Music/%1.mp3").arg(i), {}, {}, {}, {}, {}, {}, {}, i});
+        QVERIFY(library.close());
+        for (const int interrupts : {1, 2}) {
+            QTemporaryDir out;
+            const QString database = out.filePath("Artifacts_Result/VLC/VLC.sqlite");
+            QProcess host;
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert("VLC_ARTIFACTS_PLUGIN", test_support::plugin_library_path());
+            host.setProcessEnvironment(environment);
+            host.start(test_support::host_program_path(), {"--source", source.path(), "--out", out.path()});
+            qint64 seen = 0;
+            while (seen <= 0 && host.state() != QProcess::NotRunning && !host.waitForFinished(20))
+                seen = test_support::count_rows(database, "media_library");
+            QVERIFY2(seen > 0 && seen < tracks, "no batch was committed while the table ran");
+            for (int i = 0; i < interrupts; ++i, QThread::msleep(200))
+                ::kill(host.processId(), SIGINT);
+            QVERIFY(host.waitForFinished(60000));
+            QVERIFY(interrupts == 2 ? host.exitStatus() == QProcess::CrashExit
+                                    : host.exitCode() == 130 && host.readAllStandardError().contains(
+                                          "cancelled; the rows written before the cancel are kept"));
+            // Read-write: a killed run leaves a journal to roll back.
+            QVERIFY(run_sql(database, {"PRAGMA user_version"}));
+            const qint64 kept = test_support::count_rows(database, "media_library");
+            QVERIFY2(kept >= seen && kept < tracks, qPrintable(QString("%1 seen, %2 kept").arg(seen).arg(kept)));
         }
     }
 
@@ -328,7 +501,8 @@ private slots:
     // record reported and the good ones still printed; the demo runs every sample.
     void deciphered_logs_and_the_demo()
     {
-        test_support::tree_run run;
+        test_support::tree_run run;  // an iOS extraction without the app
+        QVERIFY(QDir().mkpath(run.root() + "/private/var/mobile/Containers"));
         QVERIFY(run.run({"--os", "iOS_UID", "--engine", "2", "--debug-encrypt"}));
         const QByteArray raw = tree_writer::read_file(run.debug_log());
         QVERIFY(tree_writer::write_file(run.out.filePath("damaged.log"), raw + "bm90IGEgcmVjb3Jk<[{()}]>"));

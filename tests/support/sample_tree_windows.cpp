@@ -135,7 +135,11 @@ bool write_windows_sample_tree(const QString& root, QString* error)
                                                "(string)\n#podcast-urls=\n\npodcast-urls=http://a.example/feed.xml|"
                                                "http://b.example/rss\n\n[core]\n"},
         {carol + "/AppData/Roaming/vlc/art/artistalbum/ab12/art.jpg", QByteArray::fromHex("ffd8ffe000104a464946")},
-        {carol + "/AppData/Roaming/vlc/art/artistalbum/cd34/cover.png", QByteArray::fromHex("89504e470d0a1a0a")},
+        // A whole picture (a disc, 16 by 16), which the report shows.
+        {carol + "/AppData/Roaming/vlc/art/artistalbum/cd34/cover.png",
+         QByteArray::fromHex("89504e470d0a1a0a0000000d4948445200000010000000100103000000253d6d2200000006504c5445f0a030"
+                             "8030c095ee28220000001a4944415478da63608001f6070cfc1f18e47fa023a020500a0600f3fb0a57c18e"
+                             "9de60000000049454e44ae426082")},
         {carol + "/AppData/Roaming/vlc/art/artistalbum/ef56/cover.JPG", QByteArray::fromHex("ffd8ffe0")},
         {carol + "/AppData/Roaming/vlc/art/artistalbum/gh78/cover.jpeg", QByteArray::fromHex("ffd8ffe0")},
         {dave + k_recent + "faef7def55a1d4b.automaticDestinations-ms",
