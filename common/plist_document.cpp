@@ -89,7 +89,42 @@ struct binary_layout
             const quint64 ref = read_be(bytes + refs_at + i * quint64(ref_size), ref_size);
             if (ref >= object_count)
                 return false;
+            // A dictionary's keys (its first half) must be strings: libplist
+            // aborts the process when it meets a key of another kind.
+            if (kind == 0xD && i < count / 2 && !is_string(ref))
+                return false;
             out->push_back(ref);
+        }
+        return true;
+    }
+
+    // A string object within the objects that holds no NUL character (a key
+    // with one also aborts libplist).
+    bool is_string(quint64 index) const
+    {
+        const quint64 at = object_offset(index);
+        if (at == 0)
+            return false;
+        const int kind = bytes[at] >> 4;
+        if (kind != 0x5 && kind != 0x6 && kind != 0x7)
+            return false;
+        quint64 count = bytes[at] & 0x0F;
+        quint64 text_at = at + 1;
+        if (count == 0x0F) {
+            if (text_at >= table_offset || (bytes[text_at] >> 4) != 0x1)
+                return false;
+            const int width = 1 << (bytes[text_at] & 0x0F);
+            if (width > 8 || text_at + 1 + quint64(width) > table_offset)
+                return false;
+            count = read_be(bytes + text_at + 1, width);
+            text_at += 1 + quint64(width);
+        }
+        const quint64 unit = kind == 0x6 ? 2 : 1;
+        if (count > (table_offset - text_at) / unit)
+            return false;
+        for (quint64 i = 0; i < count; ++i) {
+            if (bytes[text_at + i * unit] == 0 && (unit == 1 || bytes[text_at + i * unit + 1] == 0))
+                return false;
         }
         return true;
     }

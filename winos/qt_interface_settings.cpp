@@ -18,6 +18,24 @@ QStringList as_list(const QVariant& value)
     return {};
 }
 
+// Qt's INI reader turns a value written as "@Variant(...)" back into an
+// object through its binary stream format, whose length fields a damaged or
+// forged file can set to gigabytes. The player keeps plain strings under the
+// keys read here, so every such value is made a plain string first: "@@"
+// is the reader's escape for a string that starts with "@".
+QByteArray without_serialised_values(QByteArray data)
+{
+    static const QByteArray marker("@Variant(");
+    for (qsizetype at = data.indexOf(marker); at >= 0; at = data.indexOf(marker, at + marker.size())) {
+        const char before = at > 0 ? data.at(at - 1) : '\n';
+        if (QByteArray("=,\" \t\r\n").contains(before)) {
+            data.insert(at, '@');
+            ++at;
+        }
+    }
+    return data;
+}
+
 }  // namespace
 
 namespace qt_interface_settings {
@@ -28,7 +46,8 @@ bool read(const QByteArray& data, const QString& working_folder, qt_interface_re
     if (!QDir().mkpath(working_folder))
         return false;
     QTemporaryFile copy(QDir(working_folder).filePath("vlc-qt-interface-XXXXXX.ini"));
-    if (!copy.open() || copy.write(data) != data.size() || !copy.flush())
+    const QByteArray plain = without_serialised_values(data);
+    if (!copy.open() || copy.write(plain) != plain.size() || !copy.flush())
         return false;
 
     const QSettings settings(copy.fileName(), QSettings::IniFormat);

@@ -334,6 +334,9 @@ private slots:
         QByteArray offset_out = valid;
         put_be(offset_out, qsizetype(qFromBigEndian<quint64>(valid.constData() + valid.size() - 8)), 0xFFFFFF,
                valid.at(valid.size() - 26));
+        // Dictionary keys that are no strings, or hold a NUL, abort libplist (found by fuzzing).
+        const QByteArray number_key = QByteArray(valid).replace("\x54$top", QByteArray("\x12\0\0\0\x01", 5));
+        const QByteArray nul_key = QByteArray(valid).replace("$top", QByteArray("$t\0p", 4));
         const QByteArray ordinary = "<?xml version=\"1.0\"?><!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"x.dtd\">"
                                     "<plist version=\"1.0\"><dict><!-- </dict> --><key>k</key><string><![CDATA[</string>"
                                     "]]></string></dict></plist>";
@@ -343,7 +346,7 @@ private slots:
             {xml_list("<array>", "<!--</array>-->"), false}, {xml_list("<array>", "<![CDATA[</array>]]>"), false},
             {xml_list("<array>", "<?pi </array>?>"), false}, {xml_list("<array x=\"/>\">", ""), false},
             {xml_list("<array>", "<!DOCTYPE x [</array>]>"), false}, {ordinary, true},
-            {"[core]\nintf=macosx\n", false}, {QByteArray(), false}};
+            {"[core]\nintf=macosx\n", false}, {QByteArray(), false}, {number_key, false}, {nul_key, false}};
         for (int i = 0; i < cases.size(); ++i)
             QVERIFY2(bool(plist_document::from_bytes(cases[i].first)) == cases[i].second, qPrintable(QString::number(i)));
         QCOMPARE(psf::get_nsstring_values("k", plist_document::from_bytes(ordinary).get()), QString("</string>"));

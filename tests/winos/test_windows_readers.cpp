@@ -222,6 +222,14 @@ private slots:
              "file:///run/media/davide/5384-D77A/Invasion.S02E05.ITA.WEBDL.1080p.mp4"},
         };
         QTemporaryDir work;
+        // Values in Qt's serialised form with forged lengths (found by
+        // fuzzing: they asked for gigabytes) are read as text.
+        qt_interface_recents forged;
+        QVERIFY(qt_interface_settings::read("[General]\nfiledialog-path=@Variant(\\0\\0\\0\x91" "11920 1080)\n"
+                                            "filedialog-path=@Variant(\\0\\0\\0\\x11920 1080)\n[RecentsMRL]\n"
+                                            "list=a.mp3, @Variant(\\0\\0\\0\\x11920 1080)\n",
+                                            work.path(), &forged));
+        QVERIFY(forged.recent.size() == 2 && forged.recent.first().location == "a.mp3");
         for (const auto& c : cases) {
             const QByteArray data = tree_writer::read_file(test_support::shared_fixtures_dir() + "/vlc/" + c.file);
             if (data.isEmpty())
