@@ -30,6 +30,8 @@ rm -rf "$build/corpus"
 
 export ASAN_OPTIONS="detect_leaks=1:halt_on_error=1:abort_on_error=0${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
 export UBSAN_OPTIONS="halt_on_error=1:print_stacktrace=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}"
+# Leaks of the packaged libraries themselves are listed there, one by one.
+export LSAN_OPTIONS="suppressions=$here/fuzz/lsan.supp${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
 status=0
 for target in "${targets[@]}"; do
   work="$build/fuzz-work/$target"
