@@ -32,7 +32,9 @@ struct looked_for
 };
 
 // Every place of the scheme for every user, alternatives not found left out
-// when one of them was found; by user, then in the order of the places.
+// when one of them was found; by user, then in the order of the places. On
+// iOS, the app's files in each container of the app, or in a backup under
+// the names the backup stores them by.
 QList<looked_for> look_for(const QString& source_root, const QString& os_scheme, const QStringList& users);
 
 struct file_facts
