@@ -77,8 +77,9 @@ constexpr qint64 k_max_metadata_bytes = 64 * 1024;
 // or binary form alike, the identifier's bytes stand as they are).
 bool names_identifier(const QString& metadata_path, const QByteArray& identifier)
 {
+    // Only a regular file is opened: a named pipe would block the read.
     QFile file(metadata_path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!QFileInfo(metadata_path).isFile() || !file.open(QIODevice::ReadOnly))
         return false;
     const QByteArray bytes = file.read(k_max_metadata_bytes);
     auto is_word = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '-'; };
