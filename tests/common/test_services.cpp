@@ -25,6 +25,7 @@
 #include "bounded_file_reader.h"
 #include "debug_log_capture.h"
 #include "encryptor_string.h"
+#include "keyed_archive.h"
 #include "lnk_paser_class.h"
 #include "olecf_file_parse.h"
 #include "plist_document.h"
@@ -350,6 +351,58 @@ private slots:
         for (int i = 0; i < cases.size(); ++i)
             QVERIFY2(bool(plist_document::from_bytes(cases[i].first)) == cases[i].second, qPrintable(QString::number(i)));
         QCOMPARE(psf::get_nsstring_values("k", plist_document::from_bytes(ordinary).get()), QString("</string>"));
+    }
+
+    // Archived objects resolve to plain values; a reference that cannot be
+    // followed (out of the table, back to itself, too deep) resolves to null
+    // and is named, while the rest of the archive still resolves.
+    void keyed_archives_resolve()
+    {
+        const auto ref = [](quint64 index) { return QVariant::fromValue(plist_uid{index}); };
+        QVariant deep = QVariantList{"bottom"};
+        for (int i = 0; i < keyed_archive::k_max_depth; ++i)
+            deep = QVariantList{deep};
+        const struct { QVariant root; QString resolved; const char* problem; } cases[] = {
+            {QVariantMap{{"a", QVariantList{"x", 1, true, 2.5}}}, "{a:[x,1,true,2.5]}", ""},
+            {QVariantMap{{"$class", "NSMutableString"}, {"NS.string", "hi"}}, "hi", ""},
+            {QVariantMap{{"$class", "NSMutableData"}, {"NS.data", QByteArray("\x01\x02")}}, "0102", ""},
+            {QVariantMap{{"$class", "NSDate"}, {"NS.time", 0.5}}, "ms:978307200500", ""},
+            {QVariantMap{{"$class", "NSDate"}, {"NS.time", 1e12}}, "null", ""},
+            {QVariantMap{{"$class", "NSUUID"}, {"NS.uuidbytes", QByteArray(16, '\x11')}},
+             "{11111111-1111-1111-1111-111111111111}", ""},
+            {QVariantMap{{"$class", "NSUUID"}, {"NS.uuidbytes", QByteArray(3, '\x11')}}, "null", ""},
+            {QVariantMap{{"$class", "Item"}, {"Name", "n"}}, "{$classname:Item,Name:n}", ""},
+            {ref(99), "null", "reference 99 beyond the 1 objects"},
+            // The writer stores the key "next" (1), the class (2), then the node (3).
+            {QVariantMap{{"$class", "Node"}, {"next", ref(3)}}, "{$classname:Node,next:null}", "object 3 refers to itself"},
+            // Each list is three steps of the depth count (its object, its members, their list).
+            {deep, QString(21, '[') + "null" + QString(21, ']'), "references nested deeper than 64"},
+        };
+        std::function<QString(const QVariant&)> text = [&text](const QVariant& v) -> QString {
+            QStringList parts;
+            switch (v.typeId()) {
+            case QMetaType::QVariantMap:
+                for (auto it = v.toMap().constBegin(); it != v.toMap().constEnd(); ++it)
+                    parts << it.key() + ":" + text(it.value());
+                return "{" + parts.join(',') + "}";
+            case QMetaType::QVariantList:
+                for (const QVariant& item : v.toList())
+                    parts << text(item);
+                return "[" + parts.join(',') + "]";
+            case QMetaType::QByteArray:
+                return QString::fromLatin1(v.toByteArray().toHex());
+            case QMetaType::QDateTime:
+                return "ms:" + QString::number(v.toDateTime().toMSecsSinceEpoch());
+            default:
+                return v.isNull() ? QString("null") : v.toString();
+            }
+        };
+        for (const auto& c : cases) {
+            const auto list = plist_document::from_bytes(plist_writer::archive_of(c.root));
+            keyed_archive archive(static_cast<plist_t>(list.get()));
+            const QString got = text(archive.top("root"));
+            QVERIFY2(got == c.resolved && archive.problem() == c.problem, qPrintable(got + " / " + archive.problem()));
+        }
     }
 
     // A bookmark with one field of a valid blob set out of bounds or into a
