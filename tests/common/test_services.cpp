@@ -160,6 +160,9 @@ const QMap<QString, std::function<QString(arguments)>> k_converters = {
     {"xplist", [](arguments a) { return plist_reader(plist_writer::format::xml, a[0], a[1]); }},
     {"log", [](arguments a) { return log_line(a[0].toInt(), a[1]); }},
     {"android place", [](arguments a) { return android_place(a[0], a[1]); }},
+    {"filtered", [](arguments a) { return QStringList{psf::get_filtered_number_value(a[0]), psf::get_filtered_boolean_value(a[0]),
+                                                      psf::get_filtered_cfstring_value(a[0]), psf::get_filtered_wherefrom_value(a[0]),
+                                                      psf::get_filtered_string_value(a[0]), psf::get_filtered_date_value(a[0])}.join('|'); }},
 };
 
 const QString H = "macOS_Home_Directory";
@@ -170,6 +173,8 @@ const struct
     const char* converter;
     QStringList inputs;
 } k_inputs[] = {
+    {"filtered", {"(null)", " \"42\" ", "true", "NO", "\"It\\U2019s\"", "(\"http://a\", \"http://b\")",
+                  "2023-07-22 04:26:40 +0000", "garbage", ""}},
     {"time", {"0", "59.999", "3599", "3600.9", "7.", "  61 ", "86400", "2147483647", "2147483648", "-1", "12abc", "1e3",
               ".5", ""}},
     {"ms", {"5025000", "65000", "999", "3599999", "360000000", "", "-3605000", "99999999999", "1h20"}},
