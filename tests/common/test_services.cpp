@@ -160,6 +160,10 @@ const QMap<QString, std::function<QString(arguments)>> k_converters = {
     {"xplist", [](arguments a) { return plist_reader(plist_writer::format::xml, a[0], a[1]); }},
     {"log", [](arguments a) { return log_line(a[0].toInt(), a[1]); }},
     {"android place", [](arguments a) { return android_place(a[0], a[1]); }},
+    {"scan version", [](arguments a) {
+         psf::source_os_version_full = a[0];
+         return psf::get_source_os_scan_version(a[1]);
+     }},
     {"filtered", [](arguments a) { return QStringList{psf::get_filtered_number_value(a[0]), psf::get_filtered_boolean_value(a[0]),
                                                       psf::get_filtered_cfstring_value(a[0]), psf::get_filtered_wherefrom_value(a[0]),
                                                       psf::get_filtered_string_value(a[0]), psf::get_filtered_date_value(a[0])}.join('|'); }},
@@ -173,6 +177,8 @@ const struct
     const char* converter;
     QStringList inputs;
 } k_inputs[] = {
+    {"scan version", {"10.15.7|macOS", "13.2|macOS", "10|macOS", "10.0.19045|winOS", "17.1.2|iOS", "14.0.1|androidOS",
+                      " . |macOS"}},
     {"filtered", {"(null)", " \"42\" ", "true", "NO", "\"It\\U2019s\"", "(\"http://a\", \"http://b\")",
                   "2023-07-22 04:26:40 +0000", "garbage", ""}},
     {"time", {"0", "59.999", "3599", "3600.9", "7.", "  61 ", "86400", "2147483647", "2147483648", "-1", "12abc", "1e3",
