@@ -151,7 +151,7 @@ QList<looked_for> ios_places(const QString& source_root)
     }
     for (const bool group : {false, true}) {
         const QStringList containers = containers_of(source_root, group ? "Shared/AppGroup" : "Data/Application",
-                                               group ? k_ios_group : k_ios_app);
+                                                     group ? k_ios_group : k_ios_app);
         if (containers.isEmpty()) {
             add(group ? QString("the app group's container (%1)").arg(k_ios_group)
                       : QString("the app's data container (%1)").arg(k_ios_app),
