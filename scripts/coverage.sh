@@ -14,7 +14,12 @@ CMAKE_BUILD_TYPE=Debug "$here/scripts/build.sh" "$build" \
   -DCMAKE_CXX_FLAGS=--coverage -DCMAKE_C_FLAGS=--coverage -DCMAKE_EXE_LINKER_FLAGS=--coverage \
   -DCMAKE_SHARED_LINKER_FLAGS=--coverage
 find "$build" -name '*.gcda' -delete
-(cd "$build" && QT_QPA_PLATFORM=offscreen ctest -j"$(nproc)" --output-on-failure >/dev/null)
+# The suite's output is kept: a test that fails only here can be read afterwards.
+if ! (cd "$build" && QT_QPA_PLATFORM=offscreen ctest -j"$(nproc)" --output-on-failure >"$build/ctest.log" 2>&1); then
+  grep -E 'FAIL|Loc:|tests failed|\*\*\*' "$build/ctest.log" | head -n 20
+  echo "a test failed; its whole output is in $build/ctest.log" >&2
+  exit 1
+fi
 filters=()
 for d in plugin common macos winos androidos ios; do filters+=(--filter "$here/$d/"); done
 gcovr --root "$here" "${filters[@]}" --exclude '.*_autogen/.*' "$build" --print-summary -s \
