@@ -7,6 +7,7 @@
 
 #include <cmath>
 
+#include "apple_dates.h"
 #include "little_endian_bytes.h"
 
 namespace {
@@ -18,9 +19,6 @@ constexpr qint64 k_table_entry = 12;   // key, item offset, reserved
 // Real bookmarks chain two or three tables; more is damage.
 constexpr int k_max_tables = 64;
 constexpr quint32 k_custom_key = 0x80000000;  // a key that names a string item instead
-constexpr double k_seconds_1970_to_2001 = 978307200.0;
-// Further than this either side of 2001 is damage, not a date.
-constexpr double k_max_date_offset = 1e11;
 
 enum item_type : quint32 {
     k_string = 0x0101,
@@ -255,9 +253,10 @@ private:
         if (!found || found->type != k_date || found->length != 8)
             return std::nullopt;
         const double since_2001 = qFromBigEndian<double>(blob.constData() + found->at);
-        if (!std::isfinite(since_2001) || std::fabs(since_2001) > k_max_date_offset)
+        const auto since_1970 = apple_dates::since_1970(since_2001);
+        if (!since_1970)
             return std::nullopt;
-        return qint64(std::trunc(since_2001 + k_seconds_1970_to_2001));
+        return qint64(std::trunc(*since_1970));
     }
 
     // The items of an array; an array among them (in real bookmarks never,

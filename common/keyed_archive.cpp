@@ -6,13 +6,10 @@
 
 #include <cmath>
 
+#include "apple_dates.h"
 #include "plist_document.h"
 
 namespace {
-
-constexpr qint64 k_seconds_1970_to_2001 = 978307200;
-// Further than this either side of 2001 is damage, not a date.
-constexpr double k_max_date_offset = 1e11;
 
 plist_t array_of(plist_t dict, const char* key)
 {
@@ -22,10 +19,10 @@ plist_t array_of(plist_t dict, const char* key)
 
 QVariant date_since_2001(double seconds)
 {
-    if (!std::isfinite(seconds) || std::fabs(seconds) > k_max_date_offset)
+    const auto since_1970 = apple_dates::since_1970(seconds);
+    if (!since_1970)
         return QVariant();
-    return QDateTime::fromMSecsSinceEpoch(qint64(std::llround((seconds + double(k_seconds_1970_to_2001)) * 1000)),
-                                          QTimeZone::utc());
+    return QDateTime::fromMSecsSinceEpoch(qint64(std::llround(*since_1970 * 1000)), QTimeZone::utc());
 }
 
 }  // namespace

@@ -8,11 +8,11 @@
 #include <QRegularExpression>
 #include <QTimeZone>
 
+#include "apple_dates.h"
 #include "plugin_static_function.h"
 
 namespace {
 
-constexpr qint64 k_seconds_1970_to_2001 = 978307200;
 constexpr qint64 k_seconds_1601_to_1970 = 11644473600LL;
 
 // Hours, minutes or seconds as two digits at least, formatted without text
@@ -260,7 +260,7 @@ QString plugin_static_function::convert_apple_time_to_epoch(QString value)
     if (text.isEmpty() || text == "0" || !is_decimal_number(whole_part(text)))
         return QString();
     const qint64 seconds = whole_part(text).toInt();  // out of range reads as 0
-    return QString::number(seconds + k_seconds_1970_to_2001);
+    return QString::number(seconds + apple_dates::k_seconds_1970_to_2001);
 }
 
 QString plugin_static_function::convert_google_time_to_epoch(QString value)

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "apple_dates.h"
 #include "extended_attribute_reader.h"
 #include "plist_document.h"
 #include "plugin_static_function.h"
@@ -21,7 +22,6 @@
 
 namespace {
 
-constexpr qint64 k_seconds_1970_to_2001 = 978307200;
 const QString k_label_separator = ":+:";
 const QString k_list_separator = ";++::++;";
 
@@ -224,7 +224,7 @@ qint64 plugin_static_function::convert_nsdate_to_epoch(plist_t date)
         return 0;
     // Whole seconds only, the second that holds the moment, as the date
     // texts give it: the fraction is dropped toward the past.
-    return qint64(std::floor(date_seconds_since_2001(date))) + k_seconds_1970_to_2001;
+    return qint64(std::floor(date_seconds_since_2001(date))) + apple_dates::k_seconds_1970_to_2001;
 }
 
 QString plugin_static_function::plist_value_as_text(plist_t node)
